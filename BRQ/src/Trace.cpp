@@ -1,0 +1,67 @@
+#include "BRQ/Trace.h"
+
+#include <cstdio>
+#include <memory>
+#include <mutex>
+
+namespace BRQ {
+namespace {
+
+// The sink lives as long as the process, since lines may come from destructors of other statics.
+struct SinkSlot {
+  std::mutex mutex;
+  TraceSink sink;
+};
+
+SinkSlot& sink_slot() {
+  static SinkSlot* slot = new SinkSlot;
+  return *slot;
+}
+
+void write_to_standard_error(const TraceLine& line) {
+  std::fprintf(stderr, "%s 0x%x %s@%d: %s\n", line.module, line.level, line.source, line.line,
+               line.text.c_str());
+}
+
+void deliver(const TraceLine& line) {
+  SinkSlot& slot = sink_slot();
+  const std::lock_guard<std::mutex> guard(slot.mutex);
+  if (slot.sink)
+    slot.sink(line);
+  else
+    write_to_standard_error(line);
+}
+
+}  // namespace
+
+TraceSink set_trace_sink(TraceSink sink) {
+  SinkSlot& slot = sink_slot();
+  const std::lock_guard<std::mutex> guard(slot.mutex);
+  slot.sink.swap(sink);
+  return sink;
+}
+
+namespace Internals {
+
+CTraceStreamBuffer::CTraceStreamBuffer(const Misc::CModuleInfo& module, unsigned level,
+                                       const char* source, int line)
+    : module_(module), level_(level), source_(source), line_(line) {}
+
+CTraceStreamBuffer::~CTraceStreamBuffer() {
+  try {
+    const std::string text = str();
+    deliver(TraceLine{module_.name(), level_, source_, line_, text});
+  } catch (...) {
+    // A destructor must not throw; the line is lost.
+  }
+}
+
+}  // namespace Internals
+
+namespace Output_Streams {
+
+CFormatStream::CFormatStream(Internals::CTraceStreamBuffer& buffer) : std::ostream(&buffer) {}
+CFormatStream::~CFormatStream() = default;
+
+}  // namespace Output_Streams
+}  // namespace BRQ

@@ -1,0 +1,1 @@
+# Installing, the CMake package and the pkg-config file are described here.

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstdint>
+
+#include "zuCIM/array.h"
+#include "zuCIM/class.h"
+#include "zuCIM/connection.h"
+#include "zuCIM/export.h"
+#include "zuCIM/indication.h"
+
+namespace zuCIM {
+
+// The client context of one server: its connection, the classes that the caller works with, and the
+// operations.
+//
+// Ownership: contexts made by makeContainer belong to the registry. Results belong to the current
+// class entry and stay valid until the next operation of the same kind on that entry.
+// Thread rule: one thread at a time.
+class ZUCIM_API CIMcontainer : public CIMconnection {
+ public:
+  // The classes this context has worked with, with their results.
+  CIMclass classes;
+  // The class that requests address, an entry of `classes`; null when none is chosen.
+  CIMclass* currentClass;
+  // The indication listener; null while there is no subscription.
+  CIMindication* listener;
+  // Name of the method that is being called.
+  const char* methodName;
+  // The context's identity, as makeContainer returned it.
+  std::uint32_t index;
+  // The caller's value, never interpreted.
+  std::uint64_t callerValue;
+
+  // Makes a context that is not registered.
+  CIMcontainer();
+  // Copies a context, see operator=.
+  CIMcontainer(const CIMcontainer& source);
+  ~CIMcontainer();
+  // Copies everything but the listener. The current class still points into `source`'s chain.
+  CIMcontainer& operator=(const CIMcontainer& source) noexcept;
+
+  // Empties the class chain, releases the transfer handle and resets the status. Waits as
+  // ESXi_Occupied(true) does while the context is busy.
+  void free_all() noexcept;
+  // Admits the context: resolves the server's and this machine's address, refuses a second context
+  // for the same server and asks for credentials. The verdict is the status: 0, 5000 for missing
+  // credentials, 5004 or 5003 for an address that was not found, 5008 for a duplicate.
+  void addContainer() noexcept;
+
+  // Chooses class and namespace for the requests that follow and returns their entry; null when
+  // memory is short. A null or empty namespace means nsCIMV2.
+  CIMclass* setCurrentClass(const char* class_name, const char* name_space) noexcept;
+
+  // The pieces of a request. Each appends text to `request`; what is missing or wrong is recorded
+  // as status 1001, empties the request and is traced.
+
+  // Appends "<", the element's name and `tail`, unless that is null.
+  void beginElement(int element, const char* tail) noexcept;
+  // Appends an attribute, unless the id is unknown or the text empty, and `tail`, unless null.
+  void addAttribute(int attribute, const char* text, const char* tail) noexcept;
+  // Appends a VALUE element, unless `text` is null or empty.
+  void addValue(const char* text) noexcept;
+  // Appends the element's end tag; a negative id closes an empty element.
+  void endElement(int element) noexcept;
+  // Starts a new request: empties the texts, clears the status and appends the message header.
+  void addCIMXMLheader() noexcept;
+  // Starts the request of an intrinsic method, by its id.
+  void beginIntrinsicMethod(int method) noexcept;
+  // Appends the namespace of the current class.
+  void addLocalNameSpacePath() noexcept;
+  // Appends the ClassName parameter; without a class name this is an error if `required` is 1.
+  void addClassNameParam(int required) noexcept;
+  // Appends the InstanceName parameter.
+  void addInstanceNameParam(CIMelement* instance_name) noexcept;
+  // Appends a boolean parameter if `value` is 0 or 1. `parameter`: 0 LocalOnly, 1
+  // IncludeQualifiers, 2 IncludeClassOrigin, 3 DeepInheritance.
+  void addOptionalParameter(int parameter, int value) noexcept;
+  // Appends the PropertyList parameter; nothing for a null list. The entries are texts.
+  void addOptionalPropertyList(const CIMarray* names) noexcept;
+
+  // Closes the request of an intrinsic method and sends it; transport failures are tried again up
+  // to ten times, two seconds apart, unless the extra time-out is negative. Returns the status.
+  int performIntrinsicMethod() noexcept;
+
+  // The operations. Flags: 1 sends true, 0 sends false, -1 leaves the parameter out. A null
+  // property list asks for all properties. Results that carry a pointer are 0 on every failure; the
+  // status tells which.
+
+  // Reads the definition of the current class: the entry's `instances` becomes a template of its
+  // properties, `methods` its methods. Returns 0 or the status.
+  int Imethod_GetClass(int local_only, int include_qualifiers, int include_class_origin,
+                       const CIMarray* property_list) noexcept;
+  // Reads one instance into the entry's `instances`; returns the INSTANCE element.
+  std::intptr_t Imethod_GetInstance(CIMelement* instance_name, int include_class_origin,
+                                    const CIMarray* property_list) noexcept;
+  // Reads the instances of the current class into the entry's `instanceNames` and `instances`,
+  // which run in step; returns the first INSTANCENAME element. 0 with status 0 means no instances.
+  std::intptr_t Imethod_EnumerateInstances(int local_only, int include_qualifiers,
+                                           int include_class_origin, int deep_inheritance,
+                                           const CIMarray* property_list) noexcept;
+  // Reads the instance names of the current class into the entry's `instanceNames`; returns the
+  // first INSTANCENAME element.
+  CIMelement* Imethod_EnumerateInstanceNames() noexcept;
+
+  // Moving results out of `result`, or a tree of the caller's, into the current class entry.
+
+  // Moves a run of INSTANCENAME elements; returns the first one moved, or 0.
+  std::intptr_t ExtractInstanceNames(CIMelement* tree) noexcept;
+  // Moves a run of INSTANCE elements; returns the first one moved, or 0.
+  std::intptr_t ExtractInstance(CIMelement* tree) noexcept;
+  // Moves the named instances of `result`; returns the first INSTANCENAME, or 0.
+  std::intptr_t ExtractNamedInstances() noexcept;
+  // Turns the CLASS of `result` into an instance template and a list of methods. Returns 0 or 1001.
+  int ExtractClassDefinition() noexcept;
+};
+
+// All contexts of the process. Contexts lie in the array by value; change it with the functions
+// below only.
+extern ZUCIM_API CIMarray gCIMContainers;
+
+// Makes and registers a context for `server` and returns its index, which is never used again. The
+// context is not admitted yet. May be called from several threads at once.
+ZUCIM_API std::uint32_t makeContainer(const _THR_SERVER_* server,
+                                      std::uint64_t caller_value) noexcept;
+// The position of the context with this index; -1 when there is none. Positions shift when contexts
+// are erased.
+ZUCIM_API int getCIM(unsigned index) noexcept;
+// The context at this position, owned by the registry; null when there is none.
+ZUCIM_API CIMcontainer* getContainer(unsigned position) noexcept;
+// The number of contexts.
+ZUCIM_API int getContainerSize() noexcept;
+
+// Formats element `index` of an array of `type` (a type id) for a request; replaces `text` and
+// returns its length. A null array returns 0 and leaves `text`; char16, datetime and unknown types
+// give an empty text. For strings `values` itself is the text.
+ZUCIM_API int ValueToString(const void* values, unsigned index, int type,
+                            std::string& text) noexcept;
+
+}  // namespace zuCIM
