@@ -82,7 +82,7 @@ void write_trace(const Misc::CModuleInfo& module, unsigned level, const char* so
                  const char* format, const Arguments&... arguments) noexcept {
   try {
     boost::format text(format);
-    (text % ... % trace_argument(arguments));
+    static_cast<void>((text % ... % trace_argument(arguments)));
     CTraceStreamBuffer buffer(module, level, source, line);
     Output_Streams::CFormatStream stream(buffer);
     stream << text;
