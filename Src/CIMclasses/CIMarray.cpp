@@ -1,0 +1,208 @@
+#include "zuCIM/array.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "BRQ/Trace.h"
+#include "zuCIM/vocabulary.h"
+
+namespace zuCIM {
+namespace {
+
+constexpr const char* trace_source = "Src/CIMclasses";
+constexpr unsigned lock_spin = 1000;
+constexpr int copy_growth = 15;
+
+// What became of an append: the block, or why there is none.
+struct Appended {
+  void* block;
+  const char* failure;
+};
+
+// erase looks at argc before it takes the lock, so each change is an atomic store.
+void set_argc(CIMarray& array, std::uint32_t count) {
+  std::atomic_ref<std::uint32_t>(array.argc).store(count, std::memory_order_relaxed);
+}
+
+// The number of bytes before the text in elements of this size. Written so that no size overflows.
+std::size_t prefix_length(int size) {
+  return size < 0 ? static_cast<std::size_t>(-(size + 1)) : 0;
+}
+
+// Null when memory is short; the old slot array is still there then.
+void** reallocate_slots(void** slots, std::uint64_t count) {
+  constexpr std::uint64_t most = std::min<std::uint64_t>(std::numeric_limits<std::uint32_t>::max(),
+                                                         PTRDIFF_MAX / sizeof(void*));
+  if (count > most) return nullptr;
+  return static_cast<void**>(std::realloc(slots, static_cast<std::size_t>(count) * sizeof(void*)));
+}
+
+// Sets the capacity and clears what is new. When memory is short nothing changes.
+bool resize(CIMarray& array, std::uint64_t slots) {
+  void** const resized = reallocate_slots(array.argv, slots);
+  if (resized == nullptr) return false;
+  const std::uint64_t known = array.argv == nullptr ? 0 : array.maxargc;
+  if (known < slots) std::fill(resized + known, resized + slots, nullptr);
+  array.argv = resized;
+  array.maxargc = static_cast<std::uint32_t>(slots);
+  return true;
+}
+
+// Frees all blocks and the slot array, and leaves the counts.
+void drop_slots(CIMarray& array) {
+  if (array.argv == nullptr) return;
+  std::for_each_n(array.argv, array.argc, std::free);
+  std::free(array.argv);
+  array.argv = nullptr;
+}
+
+// Makes sure that there is a slot for one more element. An array that cannot grow loses its slots:
+// argv is null from then on while the counts stay, and the next growth starts with null slots.
+bool make_room(CIMarray& array, int grow) {
+  const std::uint64_t needed = std::uint64_t{array.argc} + 1;
+  const bool full = needed > array.maxargc;
+  if (!full && array.argv != nullptr) return true;
+  const auto spare = static_cast<std::uint64_t>(std::max(grow, 0));
+  if (resize(array, full ? needed + spare : array.maxargc)) return true;
+  drop_slots(array);
+  return false;
+}
+
+// A new block with `data`, or zeroes if that is null, after the prefix; null when memory is short.
+void* make_block(const void* data, std::size_t prefix, std::size_t length) {
+  if (length > PTRDIFF_MAX - prefix) return nullptr;
+  // An empty block still needs an address.
+  auto* const block = static_cast<char*>(std::malloc(std::max<std::size_t>(prefix + length, 1)));
+  if (block == nullptr) return nullptr;
+  if (data == nullptr)
+    std::memset(block, 0, length);
+  else
+    std::memcpy(block + prefix, data, length);
+  return block;
+}
+
+Appended append(CIMarray* array, const void* data, int size, int grow) {
+  if (array == nullptr || (data == nullptr && size < 1)) return {nullptr, "NULL pointer!!"};
+  const std::size_t length =
+      size < 0 ? std::strlen(static_cast<const char*>(data)) + 1 : static_cast<std::size_t>(size);
+  const BRQ::Threading::CSyncGuard guard(array->lock);
+  if (array->elementSize == 0) array->elementSize = size;
+  if (array->elementSize != size) return {nullptr, "different length of array elements!"};
+  if (!make_room(*array, grow)) return {nullptr, "cannot realloc array!"};
+  void* const block = make_block(data, prefix_length(size), length);
+  if (block == nullptr) return {nullptr, "cannot alloc array!"};
+  array->argv[array->argc] = block;
+  set_argc(*array, array->argc + 1);
+  return {block, nullptr};
+}
+
+// Frees the elements from `n` on.
+void truncate(CIMarray& array, unsigned n) {
+  while (array.argc > n) {
+    set_argc(array, array.argc - 1);
+    if (array.argv != nullptr) std::free(std::exchange(array.argv[array.argc], nullptr));
+  }
+}
+
+// False when memory is short.
+bool set_capacity(CIMarray& array, unsigned n) {
+  const BRQ::Threading::CSyncGuard guard(array.lock);
+  truncate(array, n);
+  if (n != 0) return array.maxargc == n || resize(array, n);
+  drop_slots(array);
+  array.maxargc = 0;
+  array.elementSize = 0;
+  return true;
+}
+
+// The lock spans both steps, so that an element appended meanwhile is not taken for a spare slot.
+int trim(CIMarray* array) {
+  if (array == nullptr) return array->setmaxargc(0);
+  const BRQ::Threading::CSyncGuard guard(array->lock);
+  return array->setmaxargc(array->argc);
+}
+
+// Appends copies of all elements of `source`; stops when memory is short. Slots that were lost are
+// reported and passed over.
+void append_all(CIMarray& target, const CIMarray& source) {
+  if (source.argv == nullptr) return;
+  const int size = source.elementSize;
+  const std::size_t prefix = prefix_length(size);
+  for (std::uint32_t i = 0; i < source.argc; ++i) {
+    const auto* const block = static_cast<const char*>(source.argv[i]);
+    if (block == nullptr) {
+      target.putargv(nullptr, size, copy_growth);
+      continue;
+    }
+    void* const copy = target.putargv(block + prefix, size, copy_growth);
+    if (copy == nullptr) return;
+    std::memcpy(copy, block, prefix);
+  }
+}
+
+}  // namespace
+
+CIMarray::CIMarray() noexcept {
+  lock.Init(lock_spin);
+}
+
+CIMarray::CIMarray(const CIMarray& source) noexcept : CIMarray() {
+  *this = source;
+}
+
+CIMarray::~CIMarray() {
+  setmaxargc(0);
+}
+
+CIMarray& CIMarray::operator=(const CIMarray& source) noexcept {
+  const CIMarray* const from = &source;
+  if (from == this || from == nullptr) return *this;
+  if (setmaxargc(0) == status::success && setmaxargc(source.maxargc) == status::success)
+    append_all(*this, source);
+  return *this;
+}
+
+void* CIMarray::putargv(const void* data, int size, int grow) noexcept {
+  const Appended appended = append(this, data, size, grow);
+  if (appended.failure != nullptr)
+    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
+              "putargv: Exception raised: %s", appended.failure);
+  return appended.block;
+}
+
+int CIMarray::setmaxargc(unsigned n) noexcept {
+  if (this == nullptr) {
+    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, "setmaxargc: this??");
+    return status::failure;
+  }
+  if (set_capacity(*this, n)) return status::success;
+  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, "cannot alloc memory!");
+  return status::failure;
+}
+
+void CIMarray::erase(unsigned i) noexcept {
+  if (this == nullptr) return;
+  if (i >= std::atomic_ref<std::uint32_t>(argc).load(std::memory_order_relaxed)) return;
+  const BRQ::Threading::CSyncGuard guard(lock);
+  // Another thread may have removed elements in between.
+  if (i >= argc) return;
+  if (argv != nullptr) {
+    std::free(argv[i]);
+    std::move(argv + i + 1, argv + maxargc, argv + i);
+    argv[maxargc - 1] = nullptr;
+  }
+  set_argc(*this, argc - 1);
+}
+
+void CIMarray::FreeUnused() noexcept {
+  if (trim(this) != status::success)
+    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
+              "FreeUnused: cannot alloc memory!");
+}
+
+}  // namespace zuCIM
