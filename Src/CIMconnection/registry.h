@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+#include "zuCIM/container.h"
+
+namespace zuCIM {
+
+// The index of a context that makeContainer did not make.
+inline constexpr std::uint32_t no_index = 0xFFFFFFFF;
+
+// Gives `context` another index. When it is a registered one, look-ups learn that the indices in
+// the registry no longer grow with the position.
+void change_index(CIMcontainer& context, std::uint32_t index) noexcept;
+
+// Makes sure that the transfer handles of all registered contexts are released when the process
+// ends, before the TLS library beneath libcurl is taken down. Call it once libcurl has started it.
+void release_handles_at_exit() noexcept;
+
+}  // namespace zuCIM
