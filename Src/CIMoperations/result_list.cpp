@@ -1,0 +1,63 @@
+#include "CIMoperations/result_list.h"
+
+#include <new>
+
+#include "zuCIM/vocabulary.h"
+
+namespace zuCIM {
+namespace {
+
+CIMelement* end_of_chain(CIMelement* element) {
+  if (element == nullptr) return nullptr;
+  while (element->next != nullptr) element = element->next;
+  return element;
+}
+
+}  // namespace
+
+bool is_kind(const CIMelement* element, int kind) noexcept {
+  return element != nullptr && element->name == known_cim_elements[kind];
+}
+
+Run run_of(CIMelement* element) noexcept {
+  return {element, element->getLastElement()};
+}
+
+CIMelement* take_out(CIMelement* before, Run run) noexcept {
+  CIMelement* const following = run.last->next;
+  run.last->next = nullptr;
+  if (before != nullptr) before->next = following;
+  return following;
+}
+
+Run without_descendants(Run run) noexcept {
+  CIMelement* const descendants = run.first->next;
+  run.first->next = nullptr;
+  delete descendants;
+  return {run.first, run.first};
+}
+
+ResultList::ResultList(CIMelement** slot) noexcept : slot_(slot), tail_(end_of_chain(*slot)) {}
+
+bool ResultList::make_head(int kind) noexcept {
+  if (*slot_ != nullptr) return true;
+  CIMelement* const made = new (std::nothrow) CIMelement;
+  if (made == nullptr) return false;
+  made->name = known_cim_elements[kind];
+  *slot_ = tail_ = made;
+  return true;
+}
+
+bool ResultList::contains(const CIMelement* element) const noexcept {
+  const CIMelement* node = *slot_;
+  while (node != nullptr && node != element) node = node->next;
+  return node != nullptr;
+}
+
+void ResultList::append_under(CIMelement* parent, Run run) noexcept {
+  run.first->parent = parent;
+  tail_->next = run.first;
+  tail_ = run.last;
+}
+
+}  // namespace zuCIM
