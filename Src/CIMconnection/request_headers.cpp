@@ -19,7 +19,7 @@ constexpr const char* fixed_headers[] = {
 bool append(HeaderList& list, const char* line) noexcept {
   curl_slist* const longer = curl_slist_append(list.get(), line);
   if (longer == nullptr) return false;
-  list.release();
+  static_cast<void>(list.release());  // The longer list owns it now.
   list.reset(longer);
   return true;
 }
