@@ -1,5 +1,5 @@
-# Installing: the libraries with their headers, the CMake package zuCIM, the pkg-config files, and
-# the simulator with its data. An installed tree may be moved.
+# Installing the libraries: with their headers, the CMake package zuCIM and the pkg-config files. An
+# installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 option(ZUCIM_INSTALL "Make the install target install zuCIM" ${PROJECT_IS_TOP_LEVEL})
@@ -31,9 +31,3 @@ foreach(package zuBRQ zuCIM zuCIM-static)
   configure_file(cmake/${package}.pc.in ${package}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${package}.pc DESTINATION ${pkgconfig_folder})
 endforeach()
-
-if(TARGET zucim-simulator)
-  install(TARGETS zucim-simulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/data/
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/zuCIM/simulator)
-endif()

@@ -37,3 +37,12 @@ endif()
 if(ZUCIM_BUILD_FUZZERS)
   target_compile_options(zucim_settings INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# Keeps what a shared library takes in from headers of others (templates of the standard library
+# and of Boost) out of its interface: it exports names of `namespace` only.
+function(zucim_export_only target namespace)
+  set(map ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/exports.map.in ${map} @ONLY)
+  target_link_options(${target} PRIVATE LINKER:--version-script=${map})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
+endfunction()
