@@ -55,8 +55,10 @@ unsigned search_by_scan(unsigned index) noexcept {
 unsigned search_by_halves(unsigned index) noexcept {
   void** const begin = gCIMContainers.argv;
   void** const end = begin + gCIMContainers.argc;
+  // Slots that were lost in a failed growth come first, so they count as less than any index.
   void** const found = std::lower_bound(begin, end, index, [](const void* slot, unsigned wanted) {
-    return static_cast<const CIMcontainer*>(slot)->index < wanted;
+    const auto* const context = static_cast<const CIMcontainer*>(slot);
+    return context == nullptr || context->index < wanted;
   });
   const auto position = static_cast<unsigned>(found - begin);
   return has_index(position, index) ? position : gCIMContainers.argc;

@@ -1,0 +1,32 @@
+#include "CIMconnection/data_callback.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace zuCIM {
+namespace {
+
+TEST(DataCallback, AppendsWhatItGets) {
+  std::string text = "ab";
+  EXPECT_EQ(append_data("cdef", 2, 2, &text), 4U);
+  EXPECT_EQ(append_data("g\0h", 1, 3, &text), 3U);
+  EXPECT_EQ(text, std::string("abcdefg\0h", 9));
+}
+
+TEST(DataCallback, TakesNothingOfNothing) {
+  std::string text = "ab";
+  EXPECT_EQ(append_data("x", 1, 0, &text), 0U);
+  EXPECT_EQ(append_data("x", 0, 1, &text), 0U);
+  EXPECT_EQ(append_data("x", 1, 1, nullptr), 0U);
+  EXPECT_EQ(text, "ab");
+}
+
+TEST(DataCallback, TakesNothingThatDoesNotFitIntoMemory) {
+  std::string text = "ab";
+  EXPECT_EQ(append_data("x", 1, text.max_size(), &text), 0U);
+  EXPECT_EQ(text, "ab");
+}
+
+}  // namespace
+}  // namespace zuCIM
