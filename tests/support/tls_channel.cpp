@@ -91,6 +91,16 @@ int verify_mode(ClientCertificate wanted) {
   }
 }
 
+// Chosen as the certificate callback, this stops the handshake between the client's greeting and
+// the server's answer, however fast either of them is.
+int suspend_handshake(SSL*, void*) {
+  return -1;
+}
+
+bool is_suspended(const SSL* ssl, int result) {
+  return SSL_get_error(ssl, result) == SSL_ERROR_WANT_X509_LOOKUP;
+}
+
 ContextPointer make_context(const TlsOptions& options) {
   ContextPointer context(SSL_CTX_new(TLS_server_method()));
   SSL_CTX* const raw = context.get();
@@ -100,6 +110,8 @@ ContextPointer make_context(const TlsOptions& options) {
   const std::string& authority = options.client_authority_file;
   if (!authority.empty() && SSL_CTX_load_verify_locations(raw, authority.c_str(), nullptr) != 1)
     throw std::runtime_error("no usable certificate in " + authority);
+  if (options.handshake != Handshake::completed)
+    SSL_CTX_set_cert_cb(raw, suspend_handshake, nullptr);
   SSL_CTX_set_verify(raw, verify_mode(options.client_certificate), nullptr);
   return context;
 }
@@ -122,13 +134,8 @@ std::unique_ptr<Channel> TlsContext::accept(Descriptor socket, const WakeUp& sto
   int result = 0;
   while ((result = SSL_accept(ssl.get())) != 1) {
     const short events = awaited_events(ssl.get(), result);
-    // Once the client's greeting has been answered, the handshake is midway.
-    const bool midway = SSL_get_state(ssl.get()) != TLS_ST_BEFORE;
-    if (midway && settings_->handshake == Handshake::closed_midway) return nullptr;
-    if (midway && settings_->handshake == Handshake::hung_midway) {
+    if (is_suspended(ssl.get(), result) && settings_->handshake == Handshake::hung_midway)
       wait_for_descriptor(socket.number(), POLLRDHUP, stop);
-      return nullptr;
-    }
     if (events == 0) return nullptr;
     if (wait_for_descriptor(socket.number(), events, stop) == Transfer::stopped) return nullptr;
   }
