@@ -50,8 +50,7 @@ int main(int argc, char* argv[]) {
 
   context->ESXi_Occupied(true);
   context->setCurrentClass("CIM_NumericSensor", "root/cimv2");
-  // By itself the library tries an unreachable server for 20 seconds; a negative extra time-out
-  // makes it give up at once.
+  // By itself the library tries for 20 seconds; a negative extra time-out makes it give up at once.
   context->SetExtraTimeOut(-1);
   context->Imethod_EnumerateInstanceNames();
   const int code = context->ChkCimStatus();
