@@ -10,18 +10,18 @@ endif()
 # libzuCIM finds libzuBRQ beside itself, wherever both lie.
 set_target_properties(zuCIM_shared PROPERTIES INSTALL_RPATH "$ORIGIN")
 
-install(TARGETS zuBRQ_shared zuBRQ_static zuCIM_shared zuCIM_static EXPORT zuCIM-targets
+install(TARGETS zuBRQ_shared zuBRQ_static zuCIM_shared zuCIM_static EXPORT zuCIMTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ ${PROJECT_SOURCE_DIR}/BRQ/include/
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/zuCIM)
-configure_package_config_file(cmake/zuCIM-config.cmake.in zuCIM-config.cmake
+configure_package_config_file(cmake/zuCIMConfig.cmake.in zuCIMConfig.cmake
                               INSTALL_DESTINATION ${package_folder})
-write_basic_package_version_file(zuCIM-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(EXPORT zuCIM-targets NAMESPACE zuCIM:: DESTINATION ${package_folder})
-install(FILES ${PROJECT_BINARY_DIR}/zuCIM-config.cmake
-              ${PROJECT_BINARY_DIR}/zuCIM-config-version.cmake
+write_basic_package_version_file(zuCIMConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(EXPORT zuCIMTargets NAMESPACE zuCIM:: DESTINATION ${package_folder})
+install(FILES ${PROJECT_BINARY_DIR}/zuCIMConfig.cmake
+              ${PROJECT_BINARY_DIR}/zuCIMConfigVersion.cmake
         DESTINATION ${package_folder})
 
 # The pkg-config files name the prefix relative to their own place.

@@ -36,17 +36,17 @@ int main(int argc, char* argv[]) {
                             .certFile = "",
                             .keyFile = ""};
 
-  // Traces go to standard error unless a program takes them itself, as this one does.
-  BRQ::set_trace_sink(print_trace);
-  BRQ_MODULE_INFO_zuCIM.set_trace_mask(trace_level::progress | trace_level::warning |
-                                       trace_level::error);
-
   const auto index = makeContainer(&server, 0);
   CIMcontainer* context = getContainer(static_cast<unsigned>(getCIM(index)));
   if (context == nullptr) return 1;
   context->addContainer();
   // A machine whose name has no address but 127.0.0.1 is no obstacle here.
   if (context->ChkCimStatus() == status::local_address) context->localIP = "127.0.0.1";
+
+  // Traces go to standard error unless a program takes them itself, as this one does.
+  BRQ::set_trace_sink(print_trace);
+  BRQ_MODULE_INFO_zuCIM.set_trace_mask(trace_level::progress | trace_level::warning |
+                                       trace_level::error);
 
   context->ESXi_Occupied(true);
   context->setCurrentClass("CIM_NumericSensor", "root/cimv2");
