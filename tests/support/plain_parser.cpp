@@ -223,7 +223,7 @@ std::string describe(const CIMelement& node, const std::map<const CIMelement*, i
   text += " capacity=" + std::to_string(node.attributes->maxargc);
   for (unsigned i = 0; i < node.attributes->argc; ++i) {
     const char* record = static_cast<const char*>(node.attributes->argv[i]);
-    text += " " + std::to_string(record[0] - 1) + "=" + (record + 1);
+    text.append(" ").append(std::to_string(record[0] - 1)).append("=").append(record + 1);
   }
   return text;
 }
@@ -234,7 +234,8 @@ unsigned plain_parse(const std::string& text, CIMelement& root,
                      std::vector<PlainMessage>& messages) {
   root.eclean();
   // Two spare bytes in front let the search look back from the first character.
-  std::string copy = std::string(2, ' ') + text.c_str();
+  std::string copy = "  ";
+  copy += text.c_str();
   char* declaration = find_unquoted(copy.data() + 2, "<?xml ");
   char* document = declaration != nullptr ? find_unquoted(declaration, "<CIM ") : nullptr;
   if (document == nullptr) return zuCIM::status::failure;
@@ -253,9 +254,10 @@ std::string tree_difference(const CIMelement& left, const CIMelement& right) {
     const std::string left_text = describe(*l, left_positions);
     const std::string right_text = describe(*r, right_positions);
     if (left_text != right_text)
-      return "node " + std::to_string(position) + ": " + left_text + " / " + right_text;
+      return std::string("node ") + std::to_string(position) + ": " + left_text + " / " +
+             right_text;
   }
-  if (l != nullptr) return "only left: " + describe(*l, left_positions);
-  if (r != nullptr) return "only right: " + describe(*r, right_positions);
+  if (l != nullptr) return std::string("only left: ") + describe(*l, left_positions);
+  if (r != nullptr) return std::string("only right: ") + describe(*r, right_positions);
   return "";
 }
