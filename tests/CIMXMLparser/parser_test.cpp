@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "support/plain_parser.h"
+#include "CIMXMLparser/attribute_list.h"
 #include "support/trace_recorder.h"
 #include "zuCIM.h"
 
@@ -191,26 +191,26 @@ TEST_P(BadAttribute, IsTracedAndEndsTheListButNotTheParse) {
   EXPECT_EQ(parsed.find(elem::VALUE)->attr_find(attr::CLASSNAME), nullptr);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ParseCimXml, BadAttribute,
-    ::testing::Values(
-        WarningCase{"<VALUE NAME=\"a\" rest/>", "ParseAttribute: missing '='"},
-        WarningCase{"<VALUE //>", "ParseAttribute: missing '='"},
-        WarningCase{"<VALUE TYPE=a CLASSNAME=\"b\"/>", "ParseAttribute: 1. missing '\"'"},
-        WarningCase{"<VALUE TYPE='a' CLASSNAME=\"b\"/>", "ParseAttribute: 1. missing '\"'"},
-        WarningCase{"<VALUE NAME\"=\"=\"a/>", "ParseAttribute: 1. missing '\"'"}),
-    [](const auto& test) { return "Case" + std::to_string(test.index); });
+INSTANTIATE_TEST_SUITE_P(ParseCimXml, BadAttribute,
+                         ::testing::Values(WarningCase{"<VALUE NAME=\"a\" rest/>",
+                                                       "ParseAttribute: missing '='"},
+                                           WarningCase{"<VALUE //>", "ParseAttribute: missing '='"},
+                                           WarningCase{"<VALUE TYPE=a CLASSNAME=\"b\"/>",
+                                                       "ParseAttribute: 1. missing '\"'"},
+                                           WarningCase{"<VALUE TYPE='a' CLASSNAME=\"b\"/>",
+                                                       "ParseAttribute: 1. missing '\"'"}),
+                         [](const auto& test) { return "Case" + std::to_string(test.index); });
 
-// The end of a tag is looked for outside quoted runs, so an attribute's value that is never closed
-// can only stand behind a comment that hides the quote from that search.
-TEST(ParseCimXml, AValueThatIsNeverClosedIsTraced) {
+// The search for the end of a tag already asks for closed quotes, so only the list itself can meet
+// a value that is never closed.
+TEST(ParseAttributeList, AValueThatIsNeverClosedIsTracedAndEndsTheList) {
   TraceRecorder traces;
-  const std::string text = document("<VALUE NAME=<!-- \" -->/>");
-  const Parsed parsed(text);
-  CIMelement expected;
-  std::vector<PlainMessage> messages;
-  EXPECT_EQ(parsed.status, plain_parse(text, expected, messages));
-  EXPECT_EQ(traces.texts().size(), messages.size());
+  CIMelement node;
+  zuCIM::codec::TreeBuilder builder(node);
+  EXPECT_TRUE(zuCIM::codec::parse_attribute_list("TYPE=\"x\" NAME=\"a", node, builder));
+  EXPECT_EQ(traces.count(4, "Src/CIMXMLparser", "ParseAttribute: 2. missing '\"'"), 1);
+  EXPECT_STREQ(node.attr_find(attr::TYPE), "x");
+  EXPECT_EQ(node.attr_find(attr::NAME), nullptr);
 }
 
 TEST(ParseCimXml, AnUnknownAttributeIsTracedAndKept) {
@@ -361,7 +361,9 @@ TEST(ParseCimXml, AMillionElementsAreParsedOnAnyDepthAndWidth) {
        1001U},
       {"stray quotes", repeated("<VALUE>'</VALUE>", million), 0U},
       {"comments", repeated("<!-- <VALUE> -->", million / 4), 0U},
-      {"character data with quotes", repeated("<CLASS><![CDATA[']]></CLASS>", million / 4), 0U},
+      {"character data with quotes", repeated("<CLASS><![CDATA['']]></CLASS>", million / 4), 0U},
+      {"character data with stray quotes", repeated("<CLASS><![CDATA[']]></CLASS>", million / 4),
+       1001U},
       {"only openings of comments", repeated("<!--", million / 4), 1001U}};
   for (const LargeCase& large : cases)
     EXPECT_EQ(Parsed(document(large.content)).status, large.status) << large.title;
