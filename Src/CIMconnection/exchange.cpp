@@ -1,7 +1,6 @@
 #include <curl/curl.h>
 
 #include <atomic>
-#include <boost/format.hpp>
 #include <exception>
 #include <string>
 
@@ -85,8 +84,7 @@ bool is_ready(CIMconnection& connection) noexcept {
 
 bool set_address_options(CIMconnection& connection) {
   const std::string url =
-      (boost::format("%s://%s:%s/cimom") % connection.scheme % connection.host % connection.port)
-          .str();
+      connection.scheme + "://" + connection.host + ":" + connection.port + "/cimom";
   return set_option(connection, CURLOPT_URL, url.c_str()) &&
          set_option(connection, CURLOPT_NOPROGRESS, 0L) &&
          set_option(connection, CURLOPT_POST, 1L) &&

@@ -75,7 +75,11 @@ unsigned search(unsigned index) noexcept {
 // nothing.
 bool make_room() noexcept {
   if (gCIMContainers.argc < gCIMContainers.maxargc) return true;
-  return gCIMContainers.setmaxargc(gCIMContainers.argc + 1 + spare_slots) == 0;
+  if (gCIMContainers.setmaxargc(gCIMContainers.argc + 1 + spare_slots) == status::success)
+    return true;
+  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
+            "makeContainer: Exception raised: cannot realloc array!");
+  return false;
 }
 
 // The block for a new context, zero-filled; null when memory is short.

@@ -1,0 +1,237 @@
+#include <gtest/gtest.h>
+
+#include "CIMconnection/data_callback.h"
+#include "CIMconnection/registry.h"
+#include "CIMconnection/request_headers.h"
+#include "CIMconnection/sample_server.h"
+#include "support/failing_allocator.h"
+#include "support/hosts_table.h"
+#include "support/trace_recorder.h"
+
+namespace zuCIM {
+namespace {
+
+constexpr unsigned error_level = 0x40000000;
+constexpr const char* source = "Src/CIMconnection";
+// Too long to be kept inside a std::string.
+constexpr const char* long_text = "a text that is long enough to need memory of its own";
+
+_THR_SERVER_ long_server() {
+  return {long_text, long_text, long_text, long_text, long_text, long_text, long_text};
+}
+
+class OutOfMemory : public testing::Test {
+ protected:
+  EmptyRegistry empty_;
+};
+
+TEST_F(OutOfMemory, MakeContainerLeavesTheRegistryAsItWas) {
+  const _THR_SERVER_ server = long_server();
+  const std::uint32_t before = makeContainer(&server, 0);
+  const unsigned allocations = for_each_failing_allocation(
+      [&](AllocationFailure& failure) {
+        const int size = getContainerSize();
+        TraceRecorder traces(error_level);
+        failure.arm();
+        const std::uint32_t index = makeContainer(&server, 0);
+        failure.disarm();
+        if (!failure.happened()) {
+          EXPECT_EQ(index, before + 1);
+          return;
+        }
+        EXPECT_EQ(index, no_index);
+        EXPECT_EQ(getContainerSize(), size);
+        EXPECT_EQ(
+            traces.count(error_level, source, "makeContainer: Exception raised: std::bad_alloc"),
+            1);
+      },
+      AllocationKind::cpp);
+  EXPECT_GE(allocations, 7U);
+  EXPECT_EQ(getContainerSize(), 2);
+}
+
+TEST_F(OutOfMemory, AssignmentLeavesAUsableConnection) {
+  CIMconnection original;
+  const _THR_SERVER_ server = long_server();
+  original.setHostUserPasswd(&server);
+  original.skipIpCheck = true;
+  original.esxiBusy = true;
+  original.request = long_text;
+  replace_header_list(original, make_header_list(long_text, "a/b"));
+  for_each_failing_allocation([&](AllocationFailure& failure) {
+    CIMconnection copy;
+    TraceRecorder traces(error_level);
+    failure.arm();
+    copy = original;
+    failure.disarm();
+    if (!failure.happened()) {
+      EXPECT_EQ(copy.request, long_text);
+    } else {
+      EXPECT_FALSE(traces.lines().empty());
+    }
+    copy.esxiBusy = true;
+    copy.skipIpCheck = true;
+    EXPECT_EQ(copy.initCurlHandle(), 0);
+  });
+}
+
+TEST_F(OutOfMemory, SettersTraceWhatTheyCouldNotStore) {
+  CIMconnection connection;
+  const _THR_SERVER_ server = long_server();
+  const std::string name = long_text;
+  TraceRecorder traces(error_level);
+  {
+    AllocationFailure failure(1, AllocationKind::cpp);
+    connection.setHostUserPasswd(&server);
+    failure.disarm();
+    EXPECT_TRUE(failure.happened());
+  }
+  {
+    AllocationFailure failure(1, AllocationKind::cpp);
+    connection.setOSName(name);
+    failure.disarm();
+    EXPECT_TRUE(failure.happened());
+  }
+  EXPECT_EQ(
+      traces.count(error_level, source, "setHostUserPasswd: Exception raised: std::bad_alloc"), 1);
+  EXPECT_EQ(traces.count(error_level, source, "setOSName: Exception raised: std::bad_alloc"), 1);
+  EXPECT_EQ(connection.osName, "");
+}
+
+TEST_F(OutOfMemory, TheDataCallbackTakesNothing) {
+  std::string text = "a";
+  AllocationFailure failure(1, AllocationKind::cpp);
+  const std::size_t taken = append_data(long_text, 1, 40, &text);
+  failure.disarm();
+  EXPECT_EQ(taken, 0U);
+  EXPECT_EQ(text, "a");
+}
+
+TEST_F(OutOfMemory, AdmissionRefusesWithATrace) {
+  HostsTable hosts;
+  const std::string machine = std::string(60, 'm') + ".test";
+  const std::string far = std::string(60, 'f') + ".test";
+  const std::string address = "2001:db8:1111:2222:3333:4444:5555:6666";
+  hosts.set_host_name(machine).add(machine, {"10.9.9.9"}).add(far, {address});
+  hosts.add_reverse(address, {ReverseAnswer::name(far)});
+  for_each_failing_allocation(
+      [&](AllocationFailure& failure) {
+        CIMcontainer* const context = make_context(sample_server(far.c_str()));
+        TraceRecorder traces(error_level);
+        failure.arm();
+        context->addContainer();
+        failure.disarm();
+        // Of several failures one is traced as such, the others leave an address empty.
+        EXPECT_EQ(context->cimStatus != 0, failure.happened());
+        EXPECT_EQ(context->serverIP.empty() && context->cimStatus == 0, false);
+        remove_context(0);
+      },
+      AllocationKind::cpp);
+}
+
+TEST_F(OutOfMemory, AStatusIsRecordedAllTheSame) {
+  for_each_failing_allocation(
+      [&](AllocationFailure& failure) {
+        CIMconnection connection;
+        TraceRecorder traces(4);
+        failure.arm();
+        EXPECT_EQ(connection.SetCimStatus_FL(5001, long_text, "x", 1), 5001);
+        failure.disarm();
+      },
+      AllocationKind::cpp);
+}
+
+#if !ZUCIM_SANITIZER_ALLOCATES
+
+// libcurl and the array ask the C library for memory, which cannot fail under a sanitizer.
+
+TEST_F(OutOfMemory, TheRegistryKeepsItsContextsWhenItCannotGrow) {
+  const _THR_SERVER_ server = sample_server();
+  const std::uint32_t first = makeContainer(&server, 0);
+  while (getContainerSize() < 16) makeContainer(&server, 0);
+  TraceRecorder traces(error_level);
+  AllocationFailure failure(1, AllocationKind::c);
+  const std::uint32_t index = makeContainer(&server, 0);
+  failure.disarm();
+  EXPECT_EQ(index, first + 16);
+  EXPECT_EQ(getCIM(index), -1);
+  EXPECT_EQ(getContainerSize(), 16);
+  EXPECT_EQ(getCIM(first + 15), 15);
+  EXPECT_EQ(getContainer(15)->host, server.host);
+  EXPECT_EQ(traces.count(error_level, "Src/CIMclasses", "cannot alloc memory!"), 1);
+  EXPECT_EQ(
+      traces.count(error_level, source, "makeContainer: Exception raised: cannot realloc array!"),
+      1);
+  EXPECT_EQ(makeContainer(&server, 0), first + 17);
+  EXPECT_EQ(getCIM(first + 17), 16);
+}
+
+TEST_F(OutOfMemory, AContextWithoutABlockIsNotFound) {
+  const _THR_SERVER_ server = sample_server();
+  const std::uint32_t first = makeContainer(&server, 0);
+  TraceRecorder traces(error_level);
+  AllocationFailure failure(1, AllocationKind::c);
+  const std::uint32_t index = makeContainer(&server, 0);
+  failure.disarm();
+  EXPECT_EQ(index, first + 1);
+  EXPECT_EQ(getCIM(index), -1);
+  EXPECT_EQ(getCIM(first), 0);
+  EXPECT_EQ(
+      traces.count(error_level, "Src/CIMclasses", "putargv: Exception raised: cannot alloc array!"),
+      1);
+}
+
+TEST_F(OutOfMemory, NoHandleIsStatusTwo) {
+  CIMconnection warmed_up;
+  warmed_up.esxiBusy = warmed_up.skipIpCheck = true;
+  ASSERT_EQ(warmed_up.initCurlHandle(), 0);
+  CIMconnection connection;
+  connection.esxiBusy = connection.skipIpCheck = true;
+  TraceRecorder traces(4);
+  AllocationFailure failure(1, AllocationKind::c);
+  const int status = connection.initCurlHandle();
+  failure.disarm();
+  EXPECT_EQ(status, 2);
+  EXPECT_EQ(connection.curl, nullptr);
+  EXPECT_NE(traces.texts().back().find("  ErrCode:2 Failed initialization"), std::string::npos);
+}
+
+TEST_F(OutOfMemory, AHeaderThatCannotBeAppendedLeavesNoList) {
+  const unsigned allocations = for_each_failing_allocation(
+      [](AllocationFailure& failure) {
+        failure.arm();
+        const HeaderList list = make_header_list("M", "a/b");
+        failure.disarm();
+        EXPECT_EQ(list == nullptr, failure.happened());
+      },
+      AllocationKind::c);
+  EXPECT_GE(allocations, 10U);
+}
+
+TEST_F(OutOfMemory, AHeaderThatCannotBeAppendedLeavesTheStatus) {
+  CIMconnection connection;
+  const _THR_SERVER_ server = sample_server();
+  connection.setHostUserPasswd(&server);
+  connection.esxiBusy = connection.skipIpCheck = true;
+  int unsent = 0;
+  for (unsigned nth = 1; nth < 200 && unsent == 0; ++nth) {
+    TraceRecorder traces(2 | 4 | 16);
+    connection.host = "127.0.0.1";
+    connection.port = "1";
+    ASSERT_EQ(connection.initCurlHandle(), 0);
+    AllocationFailure failure(nth, AllocationKind::c);
+    const int status = connection.sendRequest_recvResponse("M", "a/b");
+    failure.disarm();
+    if (status != 0) continue;
+    ++unsent;
+    EXPECT_EQ(connection.headers, nullptr);
+    EXPECT_NE(traces.texts().back().find("  ErrCode:0 No error"), std::string::npos);
+    EXPECT_EQ(traces.count(16, source, "[127.0.0.1]       Before curl_easy_perform()"), 0);
+  }
+  EXPECT_EQ(unsent, 1);
+}
+
+#endif
+
+}  // namespace
+}  // namespace zuCIM
