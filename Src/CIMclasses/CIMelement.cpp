@@ -1,5 +1,6 @@
 #include "zuCIM/element.h"
 
+#include <cstdint>
 #include <new>
 
 #include "BRQ/Trace.h"
@@ -74,9 +75,11 @@ int CIMelement::attr_get(unsigned index, char** text) noexcept {
 }
 
 char* CIMelement::attr_find(int attribute) noexcept {
-  if (this == nullptr) return nullptr;
-  for (unsigned index = 0; unsigned char* const record = record_at(this, index); ++index)
-    if (*record - 1 == attribute) return text_of(record);
+  const std::uint32_t count = this == nullptr || attributes == nullptr ? 0 : attributes->argc;
+  for (std::uint32_t index = 0; index < count; ++index) {
+    unsigned char* const record = record_at(this, index);
+    if (record != nullptr && *record - 1 == attribute) return text_of(record);
+  }
   return nullptr;
 }
 
