@@ -1,0 +1,38 @@
+#include "cim_error.h"
+
+namespace simulator {
+
+const char* status_name(CimStatus status) {
+  switch (status) {
+    case CimStatus::failed:
+      return "CIM_ERR_FAILED";
+    case CimStatus::access_denied:
+      return "CIM_ERR_ACCESS_DENIED";
+    case CimStatus::invalid_namespace:
+      return "CIM_ERR_INVALID_NAMESPACE";
+    case CimStatus::invalid_parameter:
+      return "CIM_ERR_INVALID_PARAMETER";
+    case CimStatus::invalid_class:
+      return "CIM_ERR_INVALID_CLASS";
+    case CimStatus::not_found:
+      return "CIM_ERR_NOT_FOUND";
+    case CimStatus::not_supported:
+      return "CIM_ERR_NOT_SUPPORTED";
+    case CimStatus::no_such_property:
+      return "CIM_ERR_NO_SUCH_PROPERTY";
+    case CimStatus::query_language_not_supported:
+      return "CIM_ERR_QUERY_LANGUAGE_NOT_SUPPORTED";
+    case CimStatus::invalid_query:
+      return "CIM_ERR_INVALID_QUERY";
+    case CimStatus::method_not_available:
+      return "CIM_ERR_METHOD_NOT_AVAILABLE";
+    case CimStatus::method_not_found:
+      return "CIM_ERR_METHOD_NOT_FOUND";
+  }
+  return "CIM_ERR_FAILED";
+}
+
+CimError::CimError(CimStatus status, const std::string& detail)
+    : std::runtime_error(std::string(status_name(status)) + ": " + detail), status_(status) {}
+
+}  // namespace simulator

@@ -1,0 +1,69 @@
+#include "dispatcher.h"
+
+#include <array>
+#include <string_view>
+
+#include "operations/operations.h"
+#include "xml_reader.h"
+
+namespace simulator {
+
+namespace {
+
+struct Operation {
+  std::string_view name;
+  std::string (*work)(const OperationContext& context);
+};
+
+constexpr std::array operations{Operation{"GetClass", get_class},
+                                Operation{"EnumerateClasses", enumerate_classes},
+                                Operation{"EnumerateClassNames", enumerate_class_names},
+                                Operation{"GetInstance", get_instance},
+                                Operation{"EnumerateInstances", enumerate_instances},
+                                Operation{"EnumerateInstanceNames", enumerate_instance_names}};
+
+const Operation& find_operation(const std::string& name) {
+  for (const Operation& each : operations) {
+    if (each.name == name) return each;
+  }
+  throw CimError(CimStatus::not_supported, name);
+}
+
+}  // namespace
+
+std::string Dispatcher::answer(const RequestMessage& message) const {
+  try {
+    if (!message.intrinsic) refuse_extrinsic(message);
+    return frame_response(message, return_value(call_intrinsic(message)));
+  } catch (const CimError& error) {
+    return frame_response(message, error_element(error));
+  } catch (const FormatError& error) {
+    throw ProtocolError(400, "request-not-valid", error.what());
+  }
+}
+
+std::string Dispatcher::call_intrinsic(const RequestMessage& message) const {
+  const Operation& operation = find_operation(message.method);
+  const Namespace& name_space = require_namespace(message.name_space);
+  Parameters parameters(message.call);
+  return operation.work({name_space, parameters, style_});
+}
+
+// The inventory declares methods, but nothing here can carry them out.
+void Dispatcher::refuse_extrinsic(const RequestMessage& message) const {
+  const Class* type = require_namespace(message.name_space).find_class(message.class_name);
+  if (type == nullptr) throw CimError(CimStatus::invalid_class, message.class_name);
+  const std::string name = type->name + "." + message.method;
+  if (type->find_method(message.method) == nullptr) {
+    throw CimError(CimStatus::method_not_found, name);
+  }
+  throw CimError(CimStatus::method_not_available, name);
+}
+
+const Namespace& Dispatcher::require_namespace(const std::string& name) const {
+  const Namespace* name_space = repository_.find(name);
+  if (name_space == nullptr) throw CimError(CimStatus::invalid_namespace, name);
+  return *name_space;
+}
+
+}  // namespace simulator

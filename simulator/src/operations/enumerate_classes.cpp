@@ -1,0 +1,38 @@
+#include "common.h"
+
+namespace simulator {
+
+namespace {
+
+// The classes below the one that ClassName names, or below the top if it names none.
+std::vector<const Class*> find_subclasses(const OperationContext& context) {
+  const std::string class_name = context.parameters.class_name("ClassName");
+  const bool deep = context.parameters.boolean("DeepInheritance", false);
+  if (class_name.empty()) return context.name_space.subclasses(nullptr, deep);
+  const Class& base = require_class(context.name_space, class_name, CimStatus::invalid_class);
+  return context.name_space.subclasses(&base, deep);
+}
+
+}  // namespace
+
+std::string enumerate_classes(const OperationContext& context) {
+  const std::vector<const Class*> classes = find_subclasses(context);
+  const bool local_only = context.parameters.boolean("LocalOnly", true);
+  const Detail detail = read_detail(context, true);
+  context.parameters.refuse_others();
+
+  std::string out;
+  for (const Class* each : classes) append_class_view(out, *each, local_only, {}, detail);
+  return out;
+}
+
+std::string enumerate_class_names(const OperationContext& context) {
+  const std::vector<const Class*> classes = find_subclasses(context);
+  context.parameters.refuse_others();
+
+  std::string out;
+  for (const Class* each : classes) append_class_name(out, each->name);
+  return out;
+}
+
+}  // namespace simulator

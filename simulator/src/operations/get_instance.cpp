@@ -1,0 +1,23 @@
+#include "common.h"
+
+namespace simulator {
+
+std::string get_instance(const OperationContext& context) {
+  const InstanceName name = context.parameters.required_instance_name("InstanceName");
+  const bool local_only = context.parameters.boolean("LocalOnly", true);
+  const Detail detail = read_detail(context, false);
+  const PropertyList list = context.parameters.property_list("PropertyList");
+  context.parameters.refuse_others();
+
+  const Class& type = require_class(context.name_space, name.class_name, CimStatus::invalid_class);
+  const Instance* instance = context.name_space.find_instance(type, name);
+  if (instance == nullptr) {
+    throw CimError(CimStatus::not_found, "no such instance of " + type.name);
+  }
+  std::string out;
+  append_instance(out, *instance, InstanceView{type, local_only, true, list}.properties_of(type),
+                  detail);
+  return out;
+}
+
+}  // namespace simulator

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "../parameters.h"
+#include "../repository.h"
+#include "../xml_writer.h"
+
+namespace simulator {
+
+// What an intrinsic operation works on.
+struct OperationContext {
+  const Namespace& name_space;
+  Parameters& parameters;
+  WireStyle style;
+};
+
+// Each operation returns the content of its IRETURNVALUE, or throws CimError.
+std::string get_class(const OperationContext& context);
+std::string enumerate_classes(const OperationContext& context);
+std::string enumerate_class_names(const OperationContext& context);
+std::string get_instance(const OperationContext& context);
+std::string enumerate_instances(const OperationContext& context);
+std::string enumerate_instance_names(const OperationContext& context);
+
+}  // namespace simulator

@@ -1,0 +1,194 @@
+#include "repository.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "cim_error.h"
+#include "inheritance.h"
+#include "names.h"
+#include "value_check.h"
+
+namespace simulator {
+
+namespace {
+
+// Length-prefixed, so that no two different lists of keys give the same text.
+void append_field(std::string& out, const std::string& field) {
+  out += std::to_string(field.size());
+  out += ':';
+  out += field;
+}
+
+void collect(const std::vector<const Class*>& level, bool deep, std::vector<const Class*>& out) {
+  for (const Class* each : level) {
+    out.push_back(each);
+    if (deep) collect(each->subclasses, deep, out);
+  }
+}
+
+const KeyBinding* find_binding(const InstanceName& name, const Property& property) {
+  // A path may carry the value of a single key without the key's name.
+  if (name.keys.size() == 1 && name.keys.front().name.empty()) return &name.keys.front();
+  const auto found = std::find_if(name.keys.begin(), name.keys.end(), [&](const KeyBinding& key) {
+    return same_name(key.name, property.name);
+  });
+  return found == name.keys.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+const Instance* InstanceSet::find(const std::string& keys) const {
+  const auto found = by_keys_.find(keys);
+  return found == by_keys_.end() ? nullptr : found->second;
+}
+
+bool InstanceSet::add(std::unique_ptr<Instance> instance, const std::string& keys) {
+  if (!by_keys_.emplace(keys, instance.get()).second) return false;
+  instances_.push_back(std::move(instance));
+  return true;
+}
+
+void InstanceSet::reserve(std::size_t count) {
+  instances_.reserve(count);
+  by_keys_.reserve(count);
+}
+
+const Class* Namespace::find_class(std::string_view class_name) const {
+  const auto found = by_name_.find(folded(class_name));
+  return found == by_name_.end() ? nullptr : found->second;
+}
+
+std::vector<const Class*> Namespace::subclasses(const Class* base, bool deep) const {
+  std::vector<const Class*> result;
+  if (base != nullptr) {
+    collect(base->subclasses, deep, result);
+    return result;
+  }
+  std::vector<const Class*> roots;
+  for (const auto& each : classes_) {
+    if (each->superclass == nullptr) roots.push_back(each.get());
+  }
+  collect(roots, deep, result);
+  return result;
+}
+
+const Class& Namespace::add_class(std::unique_ptr<Class> declared) {
+  Class* superclass = nullptr;
+  if (!declared->superclass_name.empty()) {
+    const auto found = by_name_.find(folded(declared->superclass_name));
+    if (found == by_name_.end()) {
+      throw DeclarationError(declared->name + " names the unknown superclass " +
+                             declared->superclass_name);
+    }
+    superclass = found->second;
+  }
+  inherit(*declared, superclass);
+  if (!by_name_.emplace(folded(declared->name), declared.get()).second) {
+    throw DeclarationError(declared->name + " is declared twice in " + name_);
+  }
+  if (superclass != nullptr) superclass->subclasses.push_back(declared.get());
+  classes_.push_back(std::move(declared));
+  return *classes_.back();
+}
+
+const InstanceSet& Namespace::instances_of(const Class& type) const {
+  static const InstanceSet none;
+  const auto found = instances_.find(&type);
+  return found == instances_.end() ? none : found->second;
+}
+
+const Instance& Namespace::add_instance(std::unique_ptr<Instance> instance) {
+  const Instance& added = *instance;
+  if (added.type->keys.empty()) {
+    throw DeclarationError(added.type->name + " has no keys, so it can have no instances");
+  }
+  const std::string keys = canonical_keys(added);
+  if (!instances_[added.type].add(std::move(instance), keys)) {
+    throw DeclarationError("two instances of " + added.type->name + " have the same keys in " +
+                           name_);
+  }
+  return added;
+}
+
+void Namespace::reserve_instances(const Class& type, std::size_t count) {
+  instances_[&type].reserve(count);
+}
+
+const Instance* Namespace::find_instance(const Class& type, const InstanceName& name) const {
+  if (name.keys.size() != type.keys.size()) {
+    throw CimError(CimStatus::invalid_parameter,
+                   "InstanceName has " + std::to_string(name.keys.size()) + " keys where " +
+                       type.name + " has " + std::to_string(type.keys.size()));
+  }
+  std::string keys;
+  for (const std::size_t position : type.keys) {
+    const Property& property = type.properties[position];
+    const KeyBinding* binding = find_binding(name, property);
+    if (binding == nullptr) {
+      throw CimError(CimStatus::invalid_parameter,
+                     "InstanceName lacks the key " + property.name + " of " + type.name);
+    }
+    append_field(keys, canonical(property, binding->value));
+  }
+  return instances_of(type).find(keys);
+}
+
+std::string Namespace::canonical_keys(const Instance& instance) const {
+  std::string keys;
+  for (const std::size_t position : instance.type->keys) {
+    const Property& property = instance.type->properties[position];
+    const ValuePtr& value = instance.values[position];
+    if (!value || value->is_null()) {
+      throw DeclarationError("an instance of " + instance.type->name +
+                             " has no value for its key " + property.name);
+    }
+    append_field(keys, canonical(property, *value));
+  }
+  return keys;
+}
+
+std::string Namespace::canonical(const Property& property, const Value& value) const {
+  if (const ReferencePtr* reference = value.reference()) return canonical(**reference);
+  if (const std::string* text = value.text()) return normalised(property.type, *text);
+  return {};
+}
+
+// A reference without a namespace points into this one; the host is not compared, since every
+// reference here means this server.
+std::string Namespace::canonical(const Reference& reference) const {
+  std::vector<std::pair<std::string, std::string>> keys;
+  for (const KeyBinding& each : reference.target.keys) {
+    const ReferencePtr* nested = each.value.reference();
+    const std::string* text = each.value.text();
+    keys.emplace_back(folded(each.name), nested != nullptr ? canonical(**nested)
+                                         : text != nullptr ? *text
+                                                           : std::string());
+  }
+  std::sort(keys.begin(), keys.end());
+  std::string result;
+  append_field(result, folded(reference.name_space.empty() ? name_ : reference.name_space));
+  append_field(result, folded(reference.target.class_name));
+  for (const auto& [name, value] : keys) {
+    append_field(result, name);
+    append_field(result, value);
+  }
+  return result;
+}
+
+const Namespace* Repository::find(std::string_view name) const {
+  const auto found = namespaces_.find(folded(name));
+  return found == namespaces_.end() ? nullptr : found->second.get();
+}
+
+Namespace* Repository::find(std::string_view name) {
+  const auto found = namespaces_.find(folded(name));
+  return found == namespaces_.end() ? nullptr : found->second.get();
+}
+
+Namespace& Repository::obtain(std::string_view name) {
+  auto& place = namespaces_[folded(name)];
+  if (!place) place = std::make_unique<Namespace>(std::string(name));
+  return *place;
+}
+
+}  // namespace simulator
