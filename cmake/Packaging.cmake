@@ -2,7 +2,6 @@
 # installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
-option(ZUCIM_INSTALL "Make the install target install zuCIM" ${PROJECT_IS_TOP_LEVEL})
 if(NOT ZUCIM_INSTALL)
   return()
 endif()

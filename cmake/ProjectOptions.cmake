@@ -3,6 +3,7 @@
 option(ZUCIM_BUILD_SIMULATOR "Build zucim-simulator, the CIM server for tests and demos" ${PROJECT_IS_TOP_LEVEL})
 option(ZUCIM_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 option(ZUCIM_BUILD_TESTS "Build the tests" OFF)
+option(ZUCIM_INSTALL "Make the install target install zuCIM" ${PROJECT_IS_TOP_LEVEL})
 option(ZUCIM_BUILD_FUZZERS "Build the fuzz targets (clang only)" OFF)
 set(ZUCIM_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined or thread")
 
