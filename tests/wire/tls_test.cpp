@@ -1,0 +1,178 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/certificates.h"
+#include "support/http_answer.h"
+#include "support/trace_recorder.h"
+#include "wire/stepping_clock.h"
+#include "wire/wire_client.h"
+#include "zuCIM/container.h"
+
+namespace zuCIM {
+namespace {
+
+using testing::AnyOf;
+
+// Port 5989 alone means HTTPS, so every test here takes an address of its own.
+struct TlsServer : ScriptedServer {
+  TlsServer(const char* address, const TlsOptions& options)
+      : ScriptedServer(always_answer(http_answer(good_document)),
+                       {.address = address, .port = 5989, .tls = options}) {}
+};
+
+struct TlsClient : WireClient {
+  explicit TlsClient(const ScriptedServer& server) : WireClient(server) { SetExtraTimeOut(0); }
+  void trust(const std::string& authority) {
+    caFile = authority;
+    verifyPeer = 1;
+  }
+  void identify(const CertificateFiles& files) {
+    sslCert = files.certificate;
+    sslKey = files.key;
+  }
+};
+
+TEST(Https, TakesAnyCertificateWithoutAnAuthority) {
+  const TlsServer server("127.0.8.1", test_tls_options());
+  TlsClient client(server);
+  EXPECT_EQ(client.scheme, "https");
+  EXPECT_EQ(client.exchange(), 0);
+  EXPECT_EQ(client.responseBody, good_document);
+}
+
+TEST(Https, TakesACertificateOfItsAuthority) {
+  const TlsServer server("127.0.8.2", test_tls_options());
+  TlsClient client(server);
+  client.trust(test_certificates().authority);
+  TraceRecorder traces(16);
+  EXPECT_EQ(client.exchange(), 0);
+  EXPECT_EQ(traces.count(16, "Src/CIMconnection", "[127.0.8.2]       initCurlHandle: SSL=0x4"), 1);
+}
+
+TEST(Https, RefusesACertificateOfAnotherAuthority) {
+  const TlsServer server("127.0.8.3", test_tls_options());
+  TlsClient client(server);
+  client.trust(test_certificates().other_authority);
+  EXPECT_EQ(client.exchange(), 60);
+  EXPECT_TRUE(server.requests().empty());
+}
+
+TEST(Https, RefusesACertificateThatIsOverOnlyWithAnAuthority) {
+  TlsOptions options = test_tls_options();
+  options.certificate_file = test_certificates().expired_server.certificate;
+  options.key_file = test_certificates().expired_server.key;
+  const TlsServer server("127.0.8.4", options);
+  TlsClient strict(server);
+  strict.trust(test_certificates().authority);
+  EXPECT_EQ(strict.exchange(), 60);
+  TlsClient lax(server);
+  EXPECT_EQ(lax.exchange(), 0);
+}
+
+TEST(Https, DoesNotCompareTheNameInTheCertificate) {
+  TlsOptions options = test_tls_options();
+  const CertificateFiles files = make_server_certificate("elsewhere", {"DNS:elsewhere.example"});
+  options.certificate_file = files.certificate;
+  options.key_file = files.key;
+  const TlsServer server("127.0.8.5", options);
+  TlsClient client(server);
+  client.trust(test_certificates().authority);
+  EXPECT_EQ(client.exchange(), 0);
+}
+
+TEST(Https, TellsOfAnAuthorityFileThatIsMissing) {
+  const TlsServer server("127.0.8.6", test_tls_options());
+  TlsClient client(server);
+  client.trust("/no/such/file.pem");
+  EXPECT_EQ(client.exchange(), 77);
+  EXPECT_TRUE(server.requests().empty());
+}
+
+TlsOptions options_that_require_a_client() {
+  TlsOptions options = test_tls_options();
+  options.client_authority_file = test_certificates().authority;
+  options.client_certificate = ClientCertificate::required;
+  return options;
+}
+
+TEST(Https, ShowsItsOwnCertificate) {
+  const TlsServer server("127.0.8.7", options_that_require_a_client());
+  TlsClient client(server);
+  client.trust(test_certificates().authority);
+  client.identify(test_certificates().client);
+  EXPECT_EQ(client.exchange(), 0);
+}
+
+TEST(Https, IsRefusedWithoutACertificateOfItsOwn) {
+  const TlsServer server("127.0.8.8", options_that_require_a_client());
+  TlsClient nameless(server);
+  EXPECT_THAT(nameless.exchange(), AnyOf(35, 52, 55, 56));
+  TlsClient unknown(server);
+  unknown.identify(test_certificates().unknown_client);
+  EXPECT_THAT(unknown.exchange(), AnyOf(35, 52, 55, 56));
+  EXPECT_TRUE(server.requests().empty());
+}
+
+TEST(Https, TellsOfAClientCertificateThatCannotBeUsed) {
+  const TlsServer server("127.0.8.9", options_that_require_a_client());
+  TlsClient missing(server);
+  missing.identify({"/no/such/file.pem", "/no/such/key.pem"});
+  EXPECT_EQ(missing.exchange(), 58);
+  TlsClient mixed(server);
+  mixed.identify({test_certificates().client.certificate, test_certificates().server.key});
+  EXPECT_EQ(mixed.exchange(), 58);
+}
+
+TEST(Https, FailsWithAServerThatSpeaksPlainly) {
+  const ScriptedServer server({script::Send{http_answer(good_document)}, script::Close{}},
+                              {.address = "127.0.8.10", .port = 5989});
+  TlsClient client(server);
+  EXPECT_EQ(client.exchange(), 35);
+}
+
+TEST(Https, FailsWithAHandshakeThatIsCutShort) {
+  TlsOptions options = test_tls_options();
+  options.handshake = Handshake::closed_midway;
+  const TlsServer server("127.0.8.11", options);
+  TlsClient client(server);
+  EXPECT_THAT(client.exchange(), AnyOf(35, 56));
+}
+
+TEST(Https, GivesUpAHandshakeThatHangs) {
+  TlsOptions options = test_tls_options();
+  options.handshake = Handshake::hung_midway;
+  const TlsServer server("127.0.8.12", options);
+  const SteppingClock clock(10);
+  TlsClient client(server);
+  client.SetExtraTimeOut(-20);
+  EXPECT_EQ(client.exchange(), 42);
+  EXPECT_EQ(client.infoFlags, 0x400U);
+}
+
+TEST(Https, TellsOfAnAnswerThatWasCutByAnAttacker) {
+  const std::string answer = http_answer(good_document);
+  const ScriptedServer server(
+      {script::ReadRequest{}, script::Send{answer.substr(0, answer.size() - 10)}, script::Drop{}},
+      {.address = "127.0.8.13", .port = 5989, .tls = test_tls_options()});
+  TlsClient client(server);
+  EXPECT_THAT(client.exchange(), AnyOf(18, 56));
+}
+
+// A context whose TLS connection is open when the process ends: its handle has to go before the
+// TLS library does.
+TEST(HttpsDeathTest, TheProcessMayEndWithAnOpenConnection) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto end_with_an_open_connection = [] {
+    static const TlsServer server("127.0.8.14", test_tls_options());
+    const _THR_SERVER_ record{"127.0.8.14", "u", "p", "5989", "", "", ""};
+    makeContainer(&record, 0);
+    CIMcontainer* const context = getContainer(0);
+    context->skipIpCheck = true;
+    context->ESXi_Occupied(true);
+    std::exit(context->sendRequest_recvResponse("M", "o") == 0 ? 0 : 1);
+  };
+  EXPECT_EXIT(end_with_an_open_connection(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace zuCIM
