@@ -18,11 +18,6 @@ constexpr unsigned retry_pause_milliseconds = 2000;
 // A server that did not answer once gets less time to answer.
 constexpr int retry_extra_seconds = -20;
 
-bool is_worth_a_retry(int result) {
-  return result == CURLE_COULDNT_CONNECT || result == CURLE_HTTP_RETURNED_ERROR ||
-         result == CURLE_ABORTED_BY_CALLBACK || result == CURLE_GOT_NOTHING;
-}
-
 // Releasing the transfer handle empties the request, but the next try needs it.
 void release_handle_but_keep_request(CIMcontainer& container) {
   std::string request;
@@ -59,6 +54,11 @@ int reject_without_target(CIMcontainer& container, const char* operation) {
 }
 
 }  // namespace
+
+bool is_worth_a_retry(int result) noexcept {
+  return result == CURLE_COULDNT_CONNECT || result == CURLE_HTTP_RETURNED_ERROR ||
+         result == CURLE_ABORTED_BY_CALLBACK || result == CURLE_GOT_NOTHING;
+}
 
 int send_request(CIMcontainer& container, const char* operation) noexcept {
   for (int retries = container.extraTimeOut >= 0 ? most_retries : 0;; --retries) {

@@ -11,4 +11,7 @@ namespace zuCIM {
 // The answer stays in the container after success, else the transfer handle is released.
 int send_request(CIMcontainer& container, const char* operation) noexcept;
 
+// Whether a request that ended with `result` may fare better when it is sent again.
+bool is_worth_a_retry(int result) noexcept;
+
 }  // namespace zuCIM

@@ -1,0 +1,389 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "CIMoperations/tree_text.h"
+#include "support/trace_recorder.h"
+#include "zuCIM.h"
+
+namespace {
+
+using namespace zuCIM;
+
+constexpr const char* source = "Src/CIMoperations";
+
+class Extraction : public testing::Test {
+ protected:
+  Extraction() {
+    container_.host = "myhost";
+    container_.setCurrentClass("A", "");
+  }
+
+  // Makes `text` the answer that the context holds.
+  void answer(const std::string& text) {
+    container_.result.eclean();
+    build_tree(container_.result, text);
+  }
+
+  CIMclass& entry() { return *container_.currentClass; }
+  std::string names() { return tree_text(entry().instanceNames); }
+  std::string instances() { return tree_text(entry().instances); }
+
+  void expect_traces(const std::vector<std::string>& texts) {
+    EXPECT_EQ(recorder_.texts(), texts);
+    for (const RecordedLine& line : recorder_.lines()) {
+      EXPECT_EQ(line.level, trace_level::error);
+      EXPECT_EQ(line.source, source);
+    }
+  }
+
+  CIMcontainer container_;
+  TraceRecorder recorder_;
+};
+
+std::intptr_t address(const CIMelement* element) {
+  return reinterpret_cast<std::intptr_t>(element);
+}
+
+constexpr const char* three_names =
+    "CIM CIMVERSION=2.0\n"
+    " MESSAGE ID=1001\n"
+    "  SIMPLERSP\n"
+    "   IMETHODRESPONSE NAME=EnumerateInstanceNames\n"
+    "    IRETURNVALUE\n"
+    "     INSTANCENAME CLASSNAME=A\n"
+    "      KEYBINDING NAME=Id\n"
+    "       KEYVALUE [1]\n"
+    "     INSTANCENAME CLASSNAME=A\n"
+    "     INSTANCENAME CLASSNAME=A\n"
+    "      KEYBINDING NAME=Id\n"
+    "       KEYVALUE [3]\n";
+
+TEST_F(Extraction, MovesThreeInstanceNames) {
+  answer(three_names);
+  CIMelement* const first = container_.result.findelement(elem::INSTANCENAME, 0);
+  EXPECT_EQ(container_.ExtractInstanceNames(&container_.result), address(first));
+  EXPECT_EQ(names(),
+            "CIM\n"
+            " INSTANCENAME CLASSNAME=A\n"
+            "  KEYBINDING NAME=Id\n"
+            "   KEYVALUE [1]\n"
+            " INSTANCENAME CLASSNAME=A\n"
+            " INSTANCENAME CLASSNAME=A\n"
+            "  KEYBINDING NAME=Id\n"
+            "   KEYVALUE [3]\n");
+  EXPECT_EQ(tree_text(&container_.result),
+            "CIM CIMVERSION=2.0\n"
+            " MESSAGE ID=1001\n"
+            "  SIMPLERSP\n"
+            "   IMETHODRESPONSE NAME=EnumerateInstanceNames\n"
+            "    IRETURNVALUE\n");
+  EXPECT_EQ(entry().instanceNames->name, known_cim_elements[elem::CIM]);
+  expect_traces({});
+}
+
+TEST_F(Extraction, AppendsToAListThatIsFilled) {
+  answer(three_names);
+  CIMelement* const first =
+      reinterpret_cast<CIMelement*>(container_.ExtractInstanceNames(&container_.result));
+  answer(
+      "CIM\n"
+      " IRETURNVALUE\n"
+      "  INSTANCENAME CLASSNAME=B\n");
+  CIMelement* const second = container_.result.next->next;
+  EXPECT_EQ(container_.ExtractInstanceNames(&container_.result), address(second));
+  EXPECT_EQ(entry().instanceNames->findelement(elem::INSTANCENAME, 0), first);
+  EXPECT_EQ(entry().instanceNames->findelement(elem::INSTANCENAME, 3), second);
+  EXPECT_EQ(second->parent, entry().instanceNames);
+}
+
+TEST_F(Extraction, MovesInstances) {
+  answer(
+      "CIM\n"
+      " IRETURNVALUE\n"
+      "  INSTANCE CLASSNAME=A\n"
+      "   PROPERTY NAME=p\n"
+      "    VALUE [1]\n"
+      "  INSTANCE CLASSNAME=A\n");
+  CIMelement* const first = container_.result.findelement(elem::INSTANCE, 0);
+  EXPECT_EQ(container_.ExtractInstance(&container_.result), address(first));
+  EXPECT_EQ(instances(),
+            "CIM\n"
+            " INSTANCE CLASSNAME=A\n"
+            "  PROPERTY NAME=p\n"
+            "   VALUE [1]\n"
+            " INSTANCE CLASSNAME=A\n");
+  EXPECT_EQ(entry().instanceNames, nullptr);
+  expect_traces({});
+}
+
+TEST_F(Extraction, StopsBeforeAnElementOfAnotherKind) {
+  answer(
+      "CIM\n"
+      " IRETURNVALUE\n"
+      "  INSTANCENAME CLASSNAME=A\n"
+      "  INSTANCE\n"
+      "  INSTANCENAME CLASSNAME=B\n");
+  container_.ExtractInstanceNames(&container_.result);
+  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=A\n");
+  EXPECT_EQ(tree_text(&container_.result),
+            "CIM\n"
+            " IRETURNVALUE\n"
+            "  INSTANCE\n"
+            "  INSTANCENAME CLASSNAME=B\n");
+}
+
+TEST_F(Extraction, TakesTheFirstOfItsKindWhereverItStands) {
+  answer(
+      "CIM\n"
+      " VALUE.NAMEDINSTANCE\n"
+      "  INSTANCENAME CLASSNAME=A\n"
+      "  INSTANCE CLASSNAME=A\n");
+  EXPECT_NE(container_.ExtractInstance(&container_.result), 0);
+  EXPECT_EQ(instances(), "CIM\n INSTANCE CLASSNAME=A\n");
+}
+
+TEST_F(Extraction, StartsAtTheElementThatTheCallerGives) {
+  answer(three_names);
+  CIMelement* const second = container_.result.findelement(elem::INSTANCENAME, 1);
+  EXPECT_EQ(container_.ExtractInstanceNames(second), address(second));
+  EXPECT_EQ(names(),
+            "CIM\n"
+            " INSTANCENAME CLASSNAME=A\n"
+            " INSTANCENAME CLASSNAME=A\n"
+            "  KEYBINDING NAME=Id\n"
+            "   KEYVALUE [3]\n");
+  EXPECT_NE(container_.result.findelement(elem::INSTANCENAME, 0), nullptr);
+  EXPECT_EQ(container_.result.findelement(elem::INSTANCENAME, 1), nullptr);
+}
+
+TEST_F(Extraction, TakesATreeWithoutParent) {
+  auto* const name = new CIMelement;
+  build_tree(*name,
+             "INSTANCENAME CLASSNAME=A\n"
+             " KEYBINDING NAME=Id\n");
+  EXPECT_EQ(container_.ExtractInstanceNames(name), address(name));
+  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=A\n  KEYBINDING NAME=Id\n");
+}
+
+TEST_F(Extraction, KeepsTheOrderOfElementsThatAreInTheListAlready) {
+  answer(three_names);
+  container_.ExtractInstanceNames(&container_.result);
+  const std::string before = names();
+  CIMelement* const second = entry().instanceNames->findelement(elem::INSTANCENAME, 1);
+  EXPECT_EQ(container_.ExtractInstanceNames(second), address(second));
+  EXPECT_EQ(names(), before);
+  EXPECT_EQ(container_.ExtractInstanceNames(entry().instanceNames),
+            address(entry().instanceNames->next));
+  EXPECT_EQ(names(), before);
+}
+
+TEST_F(Extraction, MovesTheLastElementOfTheListToItsEnd) {
+  answer("CIM\n INSTANCENAME CLASSNAME=A\n");
+  container_.ExtractInstanceNames(&container_.result);
+  CIMelement* const only = entry().instanceNames->next;
+  EXPECT_EQ(container_.ExtractInstanceNames(only), address(only));
+  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=A\n");
+}
+
+TEST_F(Extraction, TellsWhenThereIsNoInstanceName) {
+  answer("CIM\n IRETURNVALUE\n");
+  EXPECT_EQ(container_.ExtractInstanceNames(&container_.result), 0);
+  EXPECT_EQ(container_.ExtractInstanceNames(container_.result.next), 0);
+  EXPECT_EQ(container_.ExtractInstanceNames(nullptr), 0);
+  EXPECT_EQ(entry().instanceNames, nullptr);
+  const std::string line = "[myhost] ExtractInstanceNames() missing INSTANCENAME-subelement";
+  expect_traces({line, line, line});
+  EXPECT_EQ(container_.cimStatus, 0);
+}
+
+TEST_F(Extraction, TellsWhenThereIsNoInstance) {
+  answer("CIM\n INSTANCENAME\n");
+  EXPECT_EQ(container_.ExtractInstance(&container_.result), 0);
+  EXPECT_EQ(container_.ExtractInstance(container_.result.next), 0);
+  EXPECT_EQ(container_.ExtractInstance(nullptr), 0);
+  const std::string line = "[myhost] ExtractInstance() missing INSTANCE-subelement";
+  expect_traces({line, line, line});
+}
+
+TEST_F(Extraction, LeavesTheListAsItWasOnFailure) {
+  answer(three_names);
+  container_.ExtractInstanceNames(&container_.result);
+  const std::string before = names();
+  EXPECT_EQ(container_.ExtractInstanceNames(&container_.result), 0);
+  EXPECT_EQ(names(), before);
+}
+
+TEST_F(Extraction, NeedsACurrentClass) {
+  container_.currentClass = nullptr;
+  EXPECT_EQ(container_.ExtractInstanceNames(&container_.result), 0);
+  EXPECT_EQ(container_.ExtractInstance(&container_.result), 0);
+  EXPECT_EQ(container_.ExtractNamedInstances(), 0);
+  EXPECT_EQ(container_.ExtractClassDefinition(), 1001);
+  expect_traces({"[myhost] ExtractInstanceNames() this or pcls = NULL",
+                 "[myhost] ExtractInstance() this or pcls = NULL",
+                 "[myhost] ExtractNamedInstances() this or pcls = NULL",
+                 "[myhost] ExtractClassDefinition() this or pcls = NULL"});
+}
+
+TEST_F(Extraction, NeedsAContext) {
+  CIMcontainer* volatile nobody = nullptr;
+  CIMcontainer* const context = nobody;
+  EXPECT_EQ(context->ExtractInstanceNames(nullptr), 0);
+  EXPECT_EQ(context->ExtractInstance(nullptr), 0);
+  EXPECT_EQ(context->ExtractNamedInstances(), 0);
+  EXPECT_EQ(context->ExtractClassDefinition(), 1001);
+  expect_traces({"[] ExtractInstanceNames() this or pcls = NULL",
+                 "[] ExtractInstance() this or pcls = NULL",
+                 "[] ExtractNamedInstances() this or pcls = NULL",
+                 "[] ExtractClassDefinition() this or pcls = NULL"});
+}
+
+constexpr const char* two_pairs =
+    "CIM\n"
+    " MESSAGE\n"
+    "  SIMPLERSP\n"
+    "   IMETHODRESPONSE\n"
+    "    IRETURNVALUE\n"
+    "     VALUE.NAMEDINSTANCE\n"
+    "      INSTANCENAME CLASSNAME=A\n"
+    "       KEYBINDING NAME=Id\n"
+    "        KEYVALUE [1]\n"
+    "      INSTANCE CLASSNAME=A\n"
+    "       PROPERTY NAME=Id\n"
+    "        VALUE [1]\n"
+    "     VALUE.NAMEDINSTANCE\n"
+    "      INSTANCENAME CLASSNAME=B\n"
+    "      INSTANCE CLASSNAME=B\n";
+
+TEST_F(Extraction, MovesNamedInstancesIntoListsThatRunInStep) {
+  answer(two_pairs);
+  CIMelement* const first = container_.result.findelement(elem::INSTANCENAME, 0);
+  EXPECT_EQ(container_.ExtractNamedInstances(), address(first));
+  EXPECT_EQ(names(),
+            "CIM\n"
+            " INSTANCENAME CLASSNAME=A\n"
+            "  KEYBINDING NAME=Id\n"
+            "   KEYVALUE [1]\n"
+            " INSTANCENAME CLASSNAME=B\n");
+  EXPECT_EQ(instances(),
+            "CIM\n"
+            " INSTANCE CLASSNAME=A\n"
+            "  PROPERTY NAME=Id\n"
+            "   VALUE [1]\n"
+            " INSTANCE CLASSNAME=B\n");
+  EXPECT_EQ(tree_text(&container_.result),
+            "CIM\n"
+            " MESSAGE\n"
+            "  SIMPLERSP\n"
+            "   IMETHODRESPONSE\n"
+            "    IRETURNVALUE\n"
+            "     VALUE.NAMEDINSTANCE\n"
+            "     VALUE.NAMEDINSTANCE\n");
+  expect_traces({});
+}
+
+TEST_F(Extraction, NamedInstancesReplaceThoseBefore) {
+  answer(two_pairs);
+  container_.ExtractNamedInstances();
+  answer(
+      "CIM\n"
+      " VALUE.NAMEDINSTANCE\n"
+      "  INSTANCENAME CLASSNAME=C\n"
+      "  INSTANCE CLASSNAME=C\n");
+  CIMelement* const name = container_.result.findelement(elem::INSTANCENAME, 0);
+  EXPECT_EQ(container_.ExtractNamedInstances(), address(name));
+  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=C\n");
+  EXPECT_EQ(instances(), "CIM\n INSTANCE CLASSNAME=C\n");
+}
+
+TEST_F(Extraction, NoNamedInstancesLeaveBothListsEmpty) {
+  answer(two_pairs);
+  container_.ExtractNamedInstances();
+  answer("CIM\n IRETURNVALUE\n");
+  EXPECT_EQ(container_.ExtractNamedInstances(), 0);
+  EXPECT_EQ(entry().instanceNames, nullptr);
+  EXPECT_EQ(entry().instances, nullptr);
+  EXPECT_EQ(container_.cimStatus, 0);
+  expect_traces({});
+}
+
+struct FaultCase {
+  const char* second_pair;
+  const char* fault;
+};
+
+TEST_F(Extraction, AMalformedNamedInstanceEmptiesBothLists) {
+  const FaultCase cases[] = {
+      {"  VALUE.NAMEDINSTANCE\n", "missing INSTANCENAME-subelement"},
+      {"  VALUE.NAMEDINSTANCE\n   INSTANCE\n", "missing INSTANCENAME-subelement"},
+      {"  VALUE.NAMEDINSTANCE\n   INSTANCENAME\n", "missing INSTANCE-subelement"},
+      {"  VALUE.NAMEDINSTANCE\n   INSTANCENAME\n    KEYBINDING\n   VALUE\n",
+       "missing INSTANCE-subelement"},
+      {"  VALUE.NAMEDINSTANCE\n   INSTANCENAME\n   INSTANCE\n   VALUE\n",
+       "missing next VALUE_NAMEDINSTANCE-element"},
+      {"  VALUE.NAMEDINSTANCE\n   INSTANCENAME\n   INSTANCE\n  INSTANCE\n",
+       "missing next VALUE_NAMEDINSTANCE-element"},
+  };
+  for (const FaultCase& each : cases) {
+    answer(std::string("CIM\n"
+                       " IRETURNVALUE\n"
+                       "  VALUE.NAMEDINSTANCE\n"
+                       "   INSTANCENAME\n"
+                       "   INSTANCE\n") +
+           each.second_pair);
+    EXPECT_EQ(container_.ExtractNamedInstances(), 0);
+    EXPECT_EQ(entry().instanceNames, nullptr);
+    EXPECT_EQ(entry().instances, nullptr);
+    expect_traces({std::string("[myhost] ExtractNamedInstances() ") + each.fault,
+                   "[myhost] ExtractNamedInstances() wrong XML data"});
+    EXPECT_EQ(container_.cimStatus, 0);
+    recorder_.clear();
+  }
+}
+
+// The end of a subtree is looked for two levels up only, so the last name of an answer takes along
+// what follows further up.
+TEST_F(Extraction, TheLastElementTakesAlongWhatFollowsThreeLevelsUp) {
+  answer(
+      "CIM\n"
+      " SIMPLERSP\n"
+      "  IMETHODRESPONSE\n"
+      "   IRETURNVALUE\n"
+      "    INSTANCENAME CLASSNAME=A\n"
+      "  ERROR\n");
+  EXPECT_NE(container_.ExtractInstanceNames(&container_.result), 0);
+  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=A\n?ERROR\n");
+}
+
+TEST_F(Extraction, MovesManyElements) {
+  constexpr int count = 100000;
+  std::string text = "CIM\n IRETURNVALUE\n";
+  for (int i = 0; i < count; ++i)
+    text +=
+        "  VALUE.NAMEDINSTANCE\n"
+        "   INSTANCENAME\n"
+        "    KEYBINDING\n"
+        "   INSTANCE\n";
+  answer(text);
+  EXPECT_NE(container_.ExtractNamedInstances(), 0);
+  int moved = 0;
+  for (const CIMelement* node = entry().instances->next; node != nullptr; node = node->next) {
+    EXPECT_EQ(node->parent, entry().instances);
+    ++moved;
+  }
+  EXPECT_EQ(moved, count);
+  EXPECT_EQ(entry().instanceNames->findelement(elem::INSTANCENAME, count), nullptr);
+  EXPECT_NE(entry().instanceNames->findelement(elem::INSTANCENAME, count - 1), nullptr);
+}
+
+TEST_F(Extraction, MovesManyInstanceNames) {
+  constexpr int count = 100000;
+  std::string text = "CIM\n IRETURNVALUE\n";
+  for (int i = 0; i < count; ++i) text += "  INSTANCENAME\n";
+  answer(text);
+  EXPECT_NE(container_.ExtractInstanceNames(&container_.result), 0);
+  EXPECT_NE(entry().instanceNames->findelement(elem::INSTANCENAME, count - 1), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "BRQ/Time.h"
+
+// While it lives, nobody sleeps: the lengths of the pauses are kept instead. The time stands still,
+// or goes on by some seconds each time someone asks for it. One at a time.
+class RecordingClock {
+ public:
+  explicit RecordingClock(std::uint32_t step = 0) {
+    now_ = 1000;
+    step_ = step;
+    pauses_.clear();
+    BRQ::Misc::set_clock(&clock_);
+  }
+  ~RecordingClock() { BRQ::Misc::set_clock(nullptr); }
+  RecordingClock(const RecordingClock&) = delete;
+  RecordingClock& operator=(const RecordingClock&) = delete;
+
+  // The pauses so far, in milliseconds.
+  const std::vector<unsigned>& pauses() const { return pauses_; }
+
+ private:
+  static std::uint32_t seconds() { return now_ += step_; }
+  static void sleep(unsigned milliseconds) { pauses_.push_back(milliseconds); }
+
+  inline static std::uint32_t now_ = 0;
+  inline static std::uint32_t step_ = 0;
+  inline static std::vector<unsigned> pauses_;
+  static constexpr BRQ::Misc::Clock clock_{&seconds, &sleep};
+};
