@@ -1,6 +1,5 @@
 #include "BRQ/ModuleInfo.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,10 +15,10 @@ namespace {
 
 // Reads a mask in C notation (0x14, 20, 024) that ends at `end`; 0 when it is no number.
 unsigned parse_mask(const char* text, const char* end) {
-  if (text == end || *text == '-' || *text == '+' || *text == ' ') return 0;
+  if (*text < '0' || *text > '9') return 0;
   char* stop = nullptr;
-  const unsigned long mask = std::strtoul(text, &stop, 0);
-  return stop == end && mask <= 0xFFFFFFFFUL ? static_cast<unsigned>(mask) : 0;
+  const unsigned long long mask = std::strtoull(text, &stop, 0);
+  return stop == end && mask <= 0xFFFFFFFFU ? static_cast<unsigned>(mask) : 0;
 }
 
 }  // namespace

@@ -18,9 +18,12 @@ SinkSlot& sink_slot() {
   return *slot;
 }
 
+// One call writes the whole line, so that lines of other writers do not come in between.
 void write_to_standard_error(const TraceLine& line) {
-  std::fprintf(stderr, "%s 0x%x %s@%d: %s\n", line.module, line.level, line.source, line.line,
-               line.text.c_str());
+  const boost::format head = boost::format("%s 0x%x %s@%d: ", std::locale::classic()) %
+                             line.module % line.level % line.source % line.line;
+  const std::string whole = head.str() + line.text + '\n';
+  std::fwrite(whole.data(), 1, whole.size(), stderr);
 }
 
 void deliver(const TraceLine& line) {
@@ -48,6 +51,7 @@ CTraceStreamBuffer::CTraceStreamBuffer(const Misc::CModuleInfo& module, unsigned
     : module_(module), level_(level), source_(source), line_(line) {}
 
 CTraceStreamBuffer::~CTraceStreamBuffer() {
+  if (is_discarded_) return;
   try {
     const std::string text = str();
     deliver(TraceLine{module_.name(), level_, source_, line_, text});
@@ -60,7 +64,9 @@ CTraceStreamBuffer::~CTraceStreamBuffer() {
 
 namespace Output_Streams {
 
-CFormatStream::CFormatStream(Internals::CTraceStreamBuffer& buffer) : std::ostream(&buffer) {}
+CFormatStream::CFormatStream(Internals::CTraceStreamBuffer& buffer) : std::ostream(&buffer) {
+  imbue(std::locale::classic());
+}
 CFormatStream::~CFormatStream() = default;
 
 }  // namespace Output_Streams

@@ -9,7 +9,8 @@ namespace BRQ::Threading {
 
 namespace Native_OS {
 
-// A recursive lock: the thread that holds it may enter again and must leave as often.
+// A recursive lock: the thread that holds it may enter again and must leave as often. Free or taken
+// without contention it costs one atomic operation; a thread that waits long sleeps.
 // An all-zero section is a valid, free one.
 class BRQ_API CCriticalSection {
  public:

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <string>
 
 #include "BRQ/Export.h"
 
@@ -38,8 +37,9 @@ class BRQ_API CModuleInfo {
   const char* version_;
 };
 
-// The mask that `settings` (as in "zuCIM=0x14,other=2") gives to the module `name`; 0 when it does
-// not name the module or the text is malformed. A null `settings` gives 0.
+// The mask that `settings` (as in "zuCIM=0x14,other=2") gives to the module `name`. Entries are
+// separated by "," or ";"; a mask is a 32-bit number in C notation; the first entry of a module
+// counts. 0 when the module is not named or its mask is malformed, and for a null `settings`.
 BRQ_API unsigned trace_mask_from(const char* settings, const char* name) noexcept;
 
 }  // namespace BRQ::Misc

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <boost/format.hpp>
+#include <cerrno>
 #include <functional>
+#include <locale>
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 #include "BRQ/Export.h"
 #include "BRQ/ModuleInfo.h"
@@ -40,23 +43,42 @@ class BRQ_API CTraceStreamBuffer : public std::stringbuf {
   CTraceStreamBuffer(const CTraceStreamBuffer&) = delete;
   CTraceStreamBuffer& operator=(const CTraceStreamBuffer&) = delete;
 
+  // Keeps the line from being handed on.
+  void discard() noexcept { is_discarded_ = true; }
+
  private:
   const Misc::CModuleInfo& module_;
   unsigned level_;
   const char* source_;
   int line_;
+  bool is_discarded_ = false;
 };
 
-// What a trace text prints for an argument: a null text prints as nothing.
-inline const char* trace_argument(const char* text) {
-  return text != nullptr ? text : "";
-}
-inline const char* trace_argument(char* text) {
-  return text != nullptr ? text : "";
-}
+// Gives `errno` back at its end as it was at its start.
+class ErrnoKeeper {
+ public:
+  ErrnoKeeper() = default;
+  ~ErrnoKeeper() { errno = kept_; }
+  ErrnoKeeper(const ErrnoKeeper&) = delete;
+  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+
+ private:
+  int kept_ = errno;
+};
+
+// An argument of a trace text. Boost.Format prints into a stream of its own that would swallow a
+// failure and shorten the text; this makes the failure known.
 template <class T>
-const T& trace_argument(const T& value) {
-  return value;
+struct TraceArgument {
+  const T& value;
+};
+template <class T>
+std::ostream& operator<<(std::ostream& stream, const TraceArgument<T>& argument) {
+  stream.exceptions(std::ios_base::badbit);
+  // A null text prints as nothing.
+  if constexpr (std::is_convertible_v<T, const char*>)
+    if (static_cast<const char*>(argument.value) == nullptr) return stream << "";
+  return stream << argument.value;
 }
 
 }  // namespace Internals
@@ -75,17 +97,20 @@ class BRQ_API CFormatStream : public std::ostream {
 
 namespace Internals {
 
-// Writes one line, formatted by Boost.Format. Never throws: a line that cannot be formatted or
-// delivered is dropped. Call it through BRQ_TRACE, which asks for the level first.
+// Writes one line, formatted by Boost.Format without regard to the process's locale. Never throws
+// and leaves `errno` alone: a line that cannot be formatted or delivered whole is dropped. Call it
+// through BRQ_TRACE, which asks for the level first.
 template <class... Arguments>
 void write_trace(const Misc::CModuleInfo& module, unsigned level, const char* source, int line,
                  const char* format, const Arguments&... arguments) noexcept {
+  const ErrnoKeeper keeper;
   try {
-    boost::format text(format);
-    static_cast<void>((text % ... % trace_argument(arguments)));
+    boost::format formatted(format, std::locale::classic());
+    static_cast<void>((formatted % ... % TraceArgument<Arguments>{arguments}));
+    const std::string text = formatted.str();
     CTraceStreamBuffer buffer(module, level, source, line);
     Output_Streams::CFormatStream stream(buffer);
-    stream << text;
+    if (!(stream << text)) buffer.discard();
   } catch (...) {
     // Tracing must not disturb the work that it reports on.
   }

@@ -22,10 +22,14 @@ class BRQ_API CEvent {
   void Set() noexcept;
   // Takes the signal back.
   void Reset() noexcept;
-  // Waits at most `milliseconds`; wait_signalled or wait_timed_out.
+  // Waits at most `milliseconds`; wait_signalled or wait_timed_out. A signalled event never times
+  // out. While a replacement clock is set, waiting is one sleep by that clock.
   int Wait(unsigned milliseconds) noexcept;
 
  private:
+  bool consume() noexcept;
+  int sleep_by_clock(unsigned milliseconds) noexcept;
+
   std::mutex mutex_;
   std::condition_variable changed_;
   bool manual_reset_;
@@ -44,7 +48,7 @@ class BRQ_API CWaiter {
   CEvent& event_;
 };
 
-// A span of time that is waited out in pieces.
+// A span of time that is waited out in pieces, measured by the process's clock.
 class BRQ_API CWaitInterval {
  public:
   // A span of `milliseconds` that starts now.
