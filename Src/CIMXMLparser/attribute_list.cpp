@@ -12,8 +12,8 @@ namespace {
 
 constexpr const char* trace_source = "Src/CIMXMLparser";
 
-void warn(const char* message) {
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source, message);
+void warn(const char* message, int line = __builtin_LINE()) {
+  BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source, line, message);
 }
 
 // An attribute's name is looked up as it stands, white space before the "=" included.

@@ -19,6 +19,8 @@ CIMelement* TreeBuilder::add(int id, CIMelement* parent) {
   if (root_.name != nullptr) {
     node = new (std::nothrow) CIMelement;
     if (node == nullptr) {
+      BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, "Src/CIMclasses",
+                "makeNextElement: Exception raised: cannot alloc memory!");
       BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
                 "parseXMLbuffer: MakeNextElement = NULL!!");
       return nullptr;

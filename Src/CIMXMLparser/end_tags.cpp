@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "CIMXMLparser/names.h"
 #include "CIMXMLparser/text.h"
@@ -27,10 +28,10 @@ TagKind kind_of(std::string_view text, bool slash, std::size_t end) {
 // The walk from the text's end to its beginning.
 class EndTags::Walk {
  public:
+  Walk(const Walk&) = delete;
+  Walk& operator=(const Walk&) = delete;
   Walk(EndTags& owner, std::size_t begin) : owner_(owner), text_(owner.text_), begin_(begin) {
-    here_.fill(npos);
-    behind_double_quote_.fill(npos);
-    behind_single_quote_.fill(npos);
+    for (Unmatched& unmatched : states_) unmatched.fill(npos);
     has_comments_ = text_.find(comment_begin, begin) != npos;
   }
 
@@ -52,9 +53,9 @@ class EndTags::Walk {
   void step_onto(std::size_t position) {
     switch (text_[position]) {
       case '"':
-        return here_.swap(behind_double_quote_);
+        return std::swap(here_, behind_double_quote_);
       case '\'':
-        return here_.swap(behind_single_quote_);
+        return std::swap(here_, behind_single_quote_);
       case '<':
         return has_comments_ && stands_at(text_, position, comment_begin) ? enter_comment(position)
                                                                           : enter_tag(position);
@@ -70,7 +71,7 @@ class EndTags::Walk {
     if (!stands_at(text_, end, comment_end)) return;
     std::swap(nearest_, farther_);
     nearest_.position = end;
-    nearest_.behind = here_;
+    nearest_.behind = *here_;
   }
 
   // A comment that begins at `position` cannot end within its first four characters; the next end
@@ -80,9 +81,9 @@ class EndTags::Walk {
     const CommentEnd& end =
         nearest_.position != npos && nearest_.position < earliest ? farther_ : nearest_;
     if (end.position == npos)
-      here_.fill(npos);
+      here_->fill(npos);
     else
-      here_ = end.behind;
+      *here_ = end.behind;
   }
 
   void enter_tag(std::size_t position) {
@@ -91,7 +92,7 @@ class EndTags::Walk {
     const std::size_t end = name_end(text_, name);
     const int id = find_element(text_.substr(name, end - name));
     if (id < 0) return;
-    std::size_t& nearest = here_[static_cast<std::size_t>(id)];
+    std::size_t& nearest = (*here_)[static_cast<std::size_t>(id)];
     owner_.tags_.push_back(Tag{position, nearest, id});
     const TagKind kind = kind_of(text_, slash, end);
     if (kind == TagKind::closing) nearest = owner_.tags_.size() - 1;
@@ -102,9 +103,11 @@ class EndTags::Walk {
   std::string_view text_;
   std::size_t begin_;
   bool has_comments_ = false;
-  Unmatched here_{};
-  Unmatched behind_double_quote_{};
-  Unmatched behind_single_quote_{};
+  // What is known at this position, and behind the nearest quote of each kind.
+  std::array<Unmatched, 3> states_{};
+  Unmatched* here_ = &states_[0];
+  Unmatched* behind_double_quote_ = &states_[1];
+  Unmatched* behind_single_quote_ = &states_[2];
   CommentEnd nearest_;
   CommentEnd farther_;
 };

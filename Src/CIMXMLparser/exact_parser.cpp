@@ -18,8 +18,8 @@ namespace {
 constexpr const char* trace_source = "Src/CIMXMLparser";
 
 // Traces an error; the result ends the parse.
-bool fail(const char* message) {
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, message);
+bool fail(const char* message, int line = __builtin_LINE()) {
+  BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, line, message);
   return false;
 }
 

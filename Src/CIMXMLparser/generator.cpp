@@ -10,8 +10,9 @@ namespace {
 
 constexpr const char* trace_source = "Src/CIMXMLparser";
 
-void trace_error(const char* message) {
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, "GenerateCIMXML: %s", message);
+void trace_error(const char* message, int line = __builtin_LINE()) {
+  BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, line, "GenerateCIMXML: %s",
+               message);
 }
 
 const char* name_of(const CIMelement& node) {

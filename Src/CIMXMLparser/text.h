@@ -25,10 +25,15 @@ inline bool stands_at(std::string_view text, std::size_t position, std::string_v
   return text.substr(position).starts_with(part);
 }
 
-// The end of the tag name that begins at `from`.
+// No name is longer than this, so nothing is gained by looking further for the end of one.
+inline constexpr std::size_t longest_name = 63;
+
+// The end of the tag name that begins at `from`; a name that is too long ends after longest_name +
+// 1 characters, which is as unknown.
 inline std::size_t name_end(std::string_view text, std::size_t from) {
-  while (from < text.size() && !is_space(text[from]) && text[from] != '/' && text[from] != '>')
-    ++from;
+  const std::size_t limit =
+      text.size() - from > longest_name ? from + longest_name + 1 : text.size();
+  while (from < limit && !is_space(text[from]) && text[from] != '/' && text[from] != '>') ++from;
   return from;
 }
 

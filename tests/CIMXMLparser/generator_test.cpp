@@ -75,6 +75,15 @@ TEST(GenerateCimXml, DeepEndsAreClosedInOrder) {
             "<MESSAGE>\n<SIMPLERSP>\n<VALUE/>\n</SIMPLERSP>\n<CLASS/>\n</MESSAGE>\n");
 }
 
+TEST(GenerateCimXml, TheLastChildBeforeAnElementTwoLevelsUpClosesItsParent) {
+  CIMelement cim;
+  add(cim, elem::CIM);
+  CIMelement* message = add(cim, elem::MESSAGE);
+  CIMelement* value = add(*message, elem::VALUE, "1");
+  add(cim, elem::CLASS);
+  EXPECT_EQ(Generated(value).text, "<VALUE>1</VALUE>\n</MESSAGE>\n");
+}
+
 TEST(GenerateCimXml, ANodeBeforeAnElementThreeLevelsUpRunsOnAndClosesForeignAncestors) {
   CIMelement cim;
   add(cim, elem::CIM);

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "CIMXMLparser/attribute_list.h"
@@ -223,6 +225,84 @@ TEST(ParseCimXml, AnUnknownAttributeIsTracedAndKept) {
   EXPECT_STREQ(property->attr_find(attr::TYPE), "string");
 }
 
+TEST(ParseCimXml, EveryElementNameIsKnown) {
+  for (int id = 1; id < elem::UNKNOWN; ++id) {
+    const std::string name = known_cim_elements[id];
+    const Parsed parsed(document("<" + name + "/><" + name + " NAME=\"a\"></" + name + ">"));
+    EXPECT_EQ(parsed.status, 0U) << name;
+    const CIMelement* first = parsed.root->next;
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->name, known_cim_elements[id]);
+  }
+}
+
+TEST(ParseCimXml, EveryAttributeNameIsKnown) {
+  for (int id = 0; id < attr::UNKNOWN; ++id) {
+    TraceRecorder traces;
+    const Parsed parsed(
+        document(std::string("<VALUE ") + zuCIM::known_cim_attributes[id] + "=\"a\"/>"));
+    EXPECT_STREQ(parsed.find(elem::VALUE)->attr_find(id), "a") << id;
+    EXPECT_TRUE(traces.texts().empty());
+  }
+}
+
+TEST(ParseCimXml, TheNameUnknownAndALowerCaseNameAreUnknown) {
+  for (const std::string name : {"unknown", "name"}) {
+    TraceRecorder traces;
+    const Parsed parsed(document("<VALUE " + name + "=\"a\"/>"));
+    EXPECT_STREQ(parsed.find(elem::VALUE)->attr_find(attr::UNKNOWN), "a");
+    EXPECT_EQ(parsed.find(elem::VALUE)->attr_find(attr::NAME), nullptr);
+    EXPECT_EQ(traces.count(4, "Src/CIMXMLparser", "ParseAttribute: unknown CIM Attribute: " + name),
+              1);
+  }
+}
+
+TEST(ParseCimXml, AnInnerDeclarationIsAnEmptyElement) {
+  const Parsed parsed(document("<?xml NAME=\"a\"?><VALUE>1</VALUE>"));
+  EXPECT_EQ(parsed.status, 0U);
+  const CIMelement* inner = parsed.root->next;
+  ASSERT_NE(inner, nullptr);
+  EXPECT_EQ(inner->name, known_cim_elements[elem::XML_DECLARATION]);
+  EXPECT_EQ(inner->attributes->argc, 1U);
+  EXPECT_EQ(value_of(inner->next), "1");
+}
+
+TEST(ParseCimXml, CommentsThenCharacterDataMayStandBeforeAnElement) {
+  const Parsed parsed(document("<!-- a --> <!-- b --><![CDATA[c]]> <![CDATA[d]]><VALUE>1</VALUE>"));
+  EXPECT_EQ(parsed.status, 0U);
+  EXPECT_EQ(value_of(parsed.find(elem::VALUE)), "1");
+}
+
+TEST(ParseCimXml, ACommentDoesNotEndWithItsOwnOpening) {
+  EXPECT_EQ(Parsed(document("<!--><VALUE>1</VALUE>")).status, 1001U);
+  EXPECT_EQ(Parsed(document("<!--><VALUE>1</VALUE>-->")).status, 0U);
+  EXPECT_EQ(Parsed(document("<!----><VALUE>1</VALUE>")).status, 0U);
+}
+
+TEST(ParseCimXml, TextBehindACommentIsNoElement) {
+  EXPECT_EQ(Parsed(document("<VALUE><!-- c -->abc</VALUE>")).status, 1001U);
+}
+
+TEST(ParseCimXml, AfterAnErrorTheRootHoldsWhatWasBuiltBeforeIt) {
+  const Parsed parsed(document("<CLASS NAME=\"a\"><VALUE>1</VALUE><unknown/></CLASS>"));
+  EXPECT_EQ(parsed.status, 1001U);
+  EXPECT_EQ(parsed.root->name, known_cim_elements[elem::CIM]);
+  EXPECT_NE(parsed.find(elem::CLASS), nullptr);
+  EXPECT_EQ(value_of(parsed.find(elem::VALUE)), "1");
+}
+
+TEST(ParseCimXml, DifferentRootsMayBeParsedByDifferentThreads) {
+  const std::string text = document("<VALUE NAME=\"a\">1</VALUE><!-- exact -->");
+  std::vector<std::thread> threads;
+  std::atomic<int> complete{0};
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&] {
+      for (int round = 0; round < 100; ++round) complete += Parsed(text).status == 0 ? 1 : 0;
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(complete, 400);
+}
+
 TEST(ParseCimXml, ABlankBeforeTheEqualsSignBelongsToTheName) {
   TraceRecorder traces;
   const Parsed parsed(document("<PROPERTY NAME =\"a\"/>"));
@@ -364,6 +444,13 @@ TEST(ParseCimXml, AMillionElementsAreParsedOnAnyDepthAndWidth) {
       {"character data with quotes", repeated("<CLASS><![CDATA['']]></CLASS>", million / 4), 0U},
       {"character data with stray quotes", repeated("<CLASS><![CDATA[']]></CLASS>", million / 4),
        1001U},
+      {"only opening brackets", repeated("<", million), 1001U},
+      {"tags without an end", repeated("<VALUE", million), 1001U},
+      {"brackets behind a tag", "<VALUE/>" + repeated("<a", million), 1001U},
+      {"brackets in a tag", "<VALUE " + repeated("<a", million) + "/>", 0U},
+      {"many attributes", "<VALUE " + repeated("NAME=\"a\" ", million / 4) + "/>", 0U},
+      {"long name", "<" + repeated("A", million) + "/>", 1001U},
+      {"quotes", "<!-- --><VALUE>" + repeated("\"\"''", million) + "</VALUE>", 0U},
       {"only openings of comments", repeated("<!--", million / 4), 1001U}};
   for (const LargeCase& large : cases)
     EXPECT_EQ(Parsed(document(large.content)).status, large.status) << large.title;
