@@ -12,7 +12,7 @@ namespace {
 
 struct Operation {
   std::string_view name;
-  std::string (*work)(const OperationContext& context);
+  void (*work)(const OperationContext& context, std::string& out);
 };
 
 constexpr std::array operations{Operation{"GetClass", get_class},
@@ -32,21 +32,35 @@ const Operation& find_operation(const std::string& name) {
 }  // namespace
 
 std::string Dispatcher::answer(const RequestMessage& message) const {
+  std::string out = response_start(message);
+  const std::size_t content = out.size();
   try {
     if (!message.intrinsic) refuse_extrinsic(message);
-    return frame_response(message, return_value(call_intrinsic(message)));
+    append_return_value(message, out);
   } catch (const CimError& error) {
-    return frame_response(message, error_element(error));
+    out.resize(content);
+    out += error_element(error);
   } catch (const FormatError& error) {
     throw ProtocolError(400, "request-not-valid", error.what());
   }
+  out += response_end(message);
+  return out;
 }
 
-std::string Dispatcher::call_intrinsic(const RequestMessage& message) const {
+// An operation that returns nothing has no IRETURNVALUE.
+void Dispatcher::append_return_value(const RequestMessage& message, std::string& out) const {
   const Operation& operation = find_operation(message.method);
   const Namespace& name_space = require_namespace(message.name_space);
   Parameters parameters(message.call);
-  return operation.work({name_space, parameters, style_});
+  const std::size_t before = out.size();
+  out += "<IRETURNVALUE>\n";
+  const std::size_t start = out.size();
+  operation.work({name_space, parameters, style_}, out);
+  if (out.size() == start) {
+    out.resize(before);
+  } else {
+    out += "</IRETURNVALUE>\n";
+  }
 }
 
 // The inventory declares methods, but nothing here can carry them out.

@@ -18,7 +18,7 @@ class Dispatcher {
   std::string answer(const RequestMessage& message) const;
 
  private:
-  std::string call_intrinsic(const RequestMessage& message) const;
+  void append_return_value(const RequestMessage& message, std::string& out) const;
   [[noreturn]] void refuse_extrinsic(const RequestMessage& message) const;
   const Namespace& require_namespace(const std::string& name) const;
 

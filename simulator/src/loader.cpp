@@ -46,7 +46,7 @@ std::vector<std::filesystem::path> files_of(const std::filesystem::path& directo
 
 // A declaration is wrapped in VALUE.OBJECT, or stands alone.
 pugi::xml_node unwrapped(const pugi::xml_node& node) {
-  return std::string_view(node.name()) == "VALUE.OBJECT" ? node.first_child() : node;
+  return std::string_view(node.name()) == "VALUE.OBJECT" ? first_element(node) : node;
 }
 
 void collect_group(const pugi::xml_node& group, const std::string& file, Declarations& out) {

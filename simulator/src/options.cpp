@@ -58,7 +58,8 @@ void declare(CLI::App& app, Options& options, std::vector<std::string>& growth) 
       ->check(CLI::ExistingDirectory)
       ->capture_default_str();
   app.add_option("--instances", growth,
-                 "CLASS=N adds N generated instances of a class (may be given again)");
+                 "CLASS=N adds N generated instances of a class (may be given again)")
+      ->take_all();
   app.add_flag("--short-null", options.style.short_null,
                "write properties without a value as one empty-element tag");
   app.add_flag("--both-embedded", options.style.both_embedded,
@@ -74,6 +75,7 @@ CommandLine read_command_line(int argc, char** argv) {
   result.options.data = default_data_directory();
   CLI::App app("A CIM server (CIM operations over HTTP) for tests and demonstrations",
                "zucim-simulator");
+  app.option_defaults()->take_last();
   declare(app, result.options, growth);
   try {
     app.parse(argc, argv);

@@ -87,7 +87,7 @@ void Parameters::refuse_others() const {
 pugi::xml_node Parameters::take(const char* name) {
   const auto found = unread_.find(folded(name));
   if (found == unread_.end()) return {};
-  const pugi::xml_node value = found->second.first_child();
+  const pugi::xml_node value = first_element(found->second);
   unread_.erase(found);
   return value;
 }

@@ -48,7 +48,7 @@ pugi::xml_node find_call(const pugi::xml_node& message) {
   if (message.child("MULTIREQ")) {
     throw ProtocolError(not_implemented, "multiple-requests-unsupported", "MULTIREQ");
   }
-  const pugi::xml_node call = required_child(message, "SIMPLEREQ").first_child();
+  const pugi::xml_node call = first_element(required_child(message, "SIMPLEREQ"));
   if (std::strcmp(call.name(), "IMETHODCALL") != 0 && std::strcmp(call.name(), "METHODCALL") != 0) {
     not_valid("SIMPLEREQ holds no method call");
   }
@@ -104,6 +104,10 @@ void check_headers(const RequestMessage& message, const CimHeaders& headers) {
   }
 }
 
+const char* response_element(const RequestMessage& message) {
+  return message.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
+}
+
 bool stands_in_header(char c) {
   return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("-_.~ ,:()", c) != nullptr;
 }
@@ -125,28 +129,22 @@ void read_request(RequestMessage& message, const std::string& body, const CimHea
   check_headers(message, headers);
 }
 
-std::string frame_response(const RequestMessage& message, std::string_view content) {
-  const std::string element = message.intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE";
-  std::string out;
-  out.reserve(content.size() + 512);
-  out +=
+std::string response_start(const RequestMessage& message) {
+  std::string out =
       "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n"
       "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">\n"
       "<MESSAGE ID=\"";
   append_escaped(out, message.id);
-  out += "\" PROTOCOLVERSION=\"1.0\">\n<SIMPLERSP>\n<" + element + " NAME=\"";
+  out += "\" PROTOCOLVERSION=\"1.0\">\n<SIMPLERSP>\n<";
+  out += response_element(message);
+  out += " NAME=\"";
   append_escaped(out, message.method);
   out += "\">\n";
-  out += content;
-  out += "</" + element + ">\n</SIMPLERSP>\n</MESSAGE>\n</CIM>\n";
   return out;
 }
 
-std::string return_value(std::string content) {
-  if (content.empty()) return content;
-  content.insert(0, "<IRETURNVALUE>\n");
-  content += "</IRETURNVALUE>\n";
-  return content;
+std::string response_end(const RequestMessage& message) {
+  return "</" + std::string(response_element(message)) + ">\n</SIMPLERSP>\n</MESSAGE>\n</CIM>\n";
 }
 
 std::string error_element(const CimError& error) {

@@ -47,11 +47,9 @@ struct RequestMessage {
 // work on, or where it is not the one that the headers announce.
 void read_request(RequestMessage& message, const std::string& body, const CimHeaders& headers);
 
-// The answer to a call: its IMETHODRESPONSE (or METHODRESPONSE) around `content`.
-std::string frame_response(const RequestMessage& message, std::string_view content);
-
-// What an intrinsic call returns, to be framed: an IRETURNVALUE, or nothing where that is empty.
-std::string return_value(std::string content);
+// What stands before and after the content of the answer to a call.
+std::string response_start(const RequestMessage& message);
+std::string response_end(const RequestMessage& message);
 
 // An ERROR element, to be framed.
 std::string error_element(const CimError& error);

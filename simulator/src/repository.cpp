@@ -97,17 +97,15 @@ const InstanceSet& Namespace::instances_of(const Class& type) const {
   return found == instances_.end() ? none : found->second;
 }
 
-const Instance& Namespace::add_instance(std::unique_ptr<Instance> instance) {
-  const Instance& added = *instance;
-  if (added.type->keys.empty()) {
-    throw DeclarationError(added.type->name + " has no keys, so it can have no instances");
+void Namespace::add_instance(std::unique_ptr<Instance> instance) {
+  const Class& type = *instance->type;
+  if (type.keys.empty()) {
+    throw DeclarationError(type.name + " has no keys, so it can have no instances");
   }
-  const std::string keys = canonical_keys(added);
-  if (!instances_[added.type].add(std::move(instance), keys)) {
-    throw DeclarationError("two instances of " + added.type->name + " have the same keys in " +
-                           name_);
+  const std::string keys = canonical_keys(*instance);
+  if (!instances_[&type].add(std::move(instance), keys)) {
+    throw DeclarationError("two instances of " + type.name + " have the same keys in " + name_);
   }
-  return added;
 }
 
 void Namespace::reserve_instances(const Class& type, std::size_t count) {

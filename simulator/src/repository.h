@@ -62,7 +62,7 @@ class Namespace {
   const InstanceSet& instances_of(const Class& type) const;
 
   // Adds an instance whose values are complete.
-  const Instance& add_instance(std::unique_ptr<Instance> instance);
+  void add_instance(std::unique_ptr<Instance> instance);
 
   void reserve_instances(const Class& type, std::size_t count);
 

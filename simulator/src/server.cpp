@@ -16,7 +16,7 @@ namespace simulator {
 
 namespace {
 
-constexpr std::size_t largest_request = std::size_t{64} << 20U;
+constexpr std::size_t largest_request = std::size_t{16} << 20U;
 constexpr std::time_t seconds_kept_alive = 30;
 constexpr std::size_t requests_kept_alive = 1'000'000;
 constexpr std::time_t seconds_to_read = 30;
@@ -56,10 +56,10 @@ void log(const httplib::Request& request, const httplib::Response& response) {
                response.get_header_value("CIMError").c_str());
 }
 
-// A request line that HTTP does not know (M-POST, for example) has come no further than this.
+// Methods that the HTTP library does not route (M-POST, TRACE) end as bad requests there.
 void name_unknown_method(const httplib::Request& request, httplib::Response& response) {
-  const bool unread = response.status == 400 && !request.method.empty() && request.path.empty();
-  if (unread) response.status = 501;
+  const bool is_unknown = !request.method.empty() && request.method != "POST";
+  if (response.status == 400 && is_unknown) response.status = 501;
 }
 
 // Wakes every thread that waits for the next request of a connection, so that ending takes no

@@ -41,7 +41,7 @@ InstanceName read_instance_name(const pugi::xml_node& node, int depth) {
   for (const auto& binding : node.children("KEYBINDING")) {
     result.keys.push_back(read_key(required_attribute(binding, "NAME"), binding, depth));
   }
-  if (result.keys.empty() && node.first_child()) result.keys.push_back(read_key({}, node, depth));
+  if (result.keys.empty() && first_element(node)) result.keys.push_back(read_key({}, node, depth));
   return result;
 }
 
@@ -56,7 +56,7 @@ void read_namespace_of(const pugi::xml_node& path, Reference& reference) {
 
 ReferencePtr read_reference(const pugi::xml_node& value_reference, int depth) {
   auto result = std::make_shared<Reference>();
-  pugi::xml_node path = value_reference.first_child();
+  pugi::xml_node path = first_element(value_reference);
   if (path && !is(path, "INSTANCENAME") && !is(path, "CLASSNAME")) {
     read_namespace_of(path, *result);
     path = path.last_child();
@@ -174,6 +174,11 @@ std::string required_attribute(const pugi::xml_node& node, const char* name) {
   std::string value = node.attribute(name).value();
   if (value.empty()) throw FormatError(std::string(node.name()) + " has no " + name);
   return value;
+}
+
+pugi::xml_node first_element(const pugi::xml_node& node) {
+  return node.find_child(
+      [](const pugi::xml_node& child) { return child.type() == pugi::node_element; });
 }
 
 std::string text_of(const pugi::xml_node& node) {

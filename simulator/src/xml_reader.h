@@ -35,6 +35,9 @@ struct InstanceDeclaration {
 // The attribute, which must be there and not be empty.
 std::string required_attribute(const pugi::xml_node& node, const char* name);
 
+// The first element below the node; text before it is passed over.
+pugi::xml_node first_element(const pugi::xml_node& node);
+
 // The text of an element, CDATA sections included.
 std::string text_of(const pugi::xml_node& node);
 

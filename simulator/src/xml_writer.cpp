@@ -1,5 +1,7 @@
 #include "xml_writer.h"
 
+#include <utility>
+
 namespace simulator {
 
 namespace {
@@ -135,26 +137,25 @@ struct PropertyView {
   bool local_qualifiers = false;
 };
 
-void append_property(std::string& out, const Property& property, const Value* value,
-                     const PropertyView& view, const Detail& detail) {
-  const char* element = property_element(property.shape);
-  const bool is_null = value == nullptr || value->is_null();
-  out += '<';
-  out += element;
+// The text around a property's value.
+struct PropertyFrame {
+  std::string before;
+  std::string after;
+  std::string instead;  // of all three where there is no value
+};
+
+PropertyFrame frame_of(const Property& property, const PropertyView& view, const Detail& detail) {
+  const std::string element = property_element(property.shape);
   const Origin origin{detail.class_origin ? std::string_view(property.class_origin) : "",
                       view.propagated};
-  append_property_attributes(out, property, origin, detail.style);
+  std::string tag = '<' + element;
+  append_property_attributes(tag, property, origin, detail.style);
+  PropertyFrame frame{tag + ">\n", "</" + element + ">\n", {}};
   const bool has_qualifiers = detail.qualifiers && !property.qualifiers.empty();
-  if (is_null && !has_qualifiers && detail.style.short_null) {
-    out += "/>\n";
-    return;
-  }
-  out += ">\n";
-  if (has_qualifiers) append_qualifiers(out, property.qualifiers, view.local_qualifiers);
-  if (!is_null) append_value(out, *value);
-  out += "</";
-  out += element;
-  out += ">\n";
+  if (has_qualifiers) append_qualifiers(frame.before, property.qualifiers, view.local_qualifiers);
+  const bool is_short = detail.style.short_null && !has_qualifiers;
+  frame.instead = is_short ? tag + "/>\n" : frame.before + frame.after;
+  return frame;
 }
 
 const char* parameter_element(Shape shape) {
@@ -278,14 +279,29 @@ void append_namespace_path(std::string& out, std::string_view name_space) {
   out += "</LOCALNAMESPACEPATH>\n";
 }
 
-void append_instance(std::string& out, const Instance& instance,
-                     const std::vector<std::size_t>& properties, const Detail& detail) {
-  append_attribute(out, "<INSTANCE CLASSNAME=\"", instance.type->name);
-  out += " >\n";
-  if (detail.qualifiers) append_qualifiers(out, instance.type->qualifiers);
-  for (const std::size_t position : properties) {
-    append_property(out, instance.type->properties[position], instance.values[position].get(), {},
-                    detail);
+InstanceWriter::InstanceWriter(const Class& type, const std::vector<std::size_t>& positions,
+                               const Detail& detail) {
+  append_attribute(start_, "<INSTANCE CLASSNAME=\"", type.name);
+  start_ += " >\n";
+  if (detail.qualifiers) append_qualifiers(start_, type.qualifiers);
+  for (const std::size_t position : positions) {
+    PropertyFrame frame = frame_of(type.properties[position], {}, detail);
+    frames_.push_back(
+        {position, std::move(frame.before), std::move(frame.after), std::move(frame.instead)});
+  }
+}
+
+void InstanceWriter::append(std::string& out, const Instance& instance) const {
+  out += start_;
+  for (const Frame& frame : frames_) {
+    const ValuePtr& value = instance.values[frame.position];
+    if (!value || value->is_null()) {
+      out += frame.instead;
+      continue;
+    }
+    out += frame.before;
+    append_value(out, *value);
+    out += frame.after;
   }
   out += "</INSTANCE>\n";
 }
@@ -299,8 +315,12 @@ void append_class(std::string& out, const Class& type, const ClassView& view,
   if (detail.qualifiers) append_qualifiers(out, type.qualifiers, view.local_only);
   for (const std::size_t position : view.properties) {
     const Property& property = type.properties[position];
-    append_property(out, property, &property.default_value, {property.propagated, view.local_only},
-                    detail);
+    const PropertyFrame frame = frame_of(property, {property.propagated, view.local_only}, detail);
+    const bool is_null = property.default_value.is_null();
+    out += is_null ? frame.instead : frame.before;
+    if (is_null) continue;
+    append_value(out, property.default_value);
+    out += frame.after;
   }
   for (const Method& each : type.methods) {
     if (!view.local_only || !each.propagated) append_method(out, each, view.local_only, detail);

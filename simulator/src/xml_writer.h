@@ -38,9 +38,28 @@ void append_instance_name(std::string& out, const InstanceName& name);
 // LOCALNAMESPACEPATH
 void append_namespace_path(std::string& out, std::string_view name_space);
 
-// INSTANCE with the properties at the given positions.
-void append_instance(std::string& out, const Instance& instance,
-                     const std::vector<std::size_t>& properties, const Detail& detail);
+// Writes INSTANCE elements of one class. What does not depend on the instance is put together once,
+// which makes long lists cheap.
+class InstanceWriter {
+ public:
+  // Shows the properties at the given positions.
+  InstanceWriter(const Class& type, const std::vector<std::size_t>& positions,
+                 const Detail& detail);
+
+  // INSTANCE
+  void append(std::string& out, const Instance& instance) const;
+
+ private:
+  struct Frame {
+    std::size_t position;
+    std::string before;   // start tag and qualifiers
+    std::string after;    // end tag
+    std::string instead;  // the whole element where there is no value
+  };
+
+  std::string start_;
+  std::vector<Frame> frames_;
+};
 
 // What of a class is to be written.
 struct ClassView {

@@ -11,8 +11,6 @@
 
 #include "support/run_program.h"
 
-namespace test_support {
-
 namespace {
 
 constexpr int exec_failed = 127;
@@ -102,5 +100,3 @@ ProgramResult run_program(const std::vector<std::string>& command) {
   result.err = child.standard_error();
   return result;
 }
-
-}  // namespace test_support

@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-namespace test_support {
-
 // A started program whose output goes to files without a name. Ended by SIGKILL if it is still
 // there when this object goes. If the test program dies, the child does too.
 class ChildProcess {
@@ -47,5 +45,3 @@ class ChildProcess {
   File out_;  // the reading end of a pipe
   File err_;  // a file without a name
 };
-
-}  // namespace test_support

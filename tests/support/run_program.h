@@ -3,8 +3,6 @@
 #include <string>
 #include <vector>
 
-namespace test_support {
-
 // How a program ended and what it wrote.
 struct ProgramResult {
   int exit_status = -1;  // 128 + signal if a signal ended it
@@ -14,5 +12,3 @@ struct ProgramResult {
 
 // Runs a program (found by PATH unless the name has a slash) until it ends.
 ProgramResult run_program(const std::vector<std::string>& command);
-
-}  // namespace test_support

@@ -1,11 +1,7 @@
 #include "support/simulator_process.h"
 
-#include <signal.h>
-
 #include <regex>
 #include <stdexcept>
-
-namespace test_support {
 
 namespace {
 
@@ -37,9 +33,7 @@ std::string SimulatorProcess::url() const {
   return scheme_ + "://" + address_ + ':' + std::to_string(port_);
 }
 
-int SimulatorProcess::stop() {
-  process_.send(SIGTERM);
+int SimulatorProcess::stop(int signal) {
+  process_.send(signal);
   return process_.wait();
 }
-
-}  // namespace test_support

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <signal.h>
+
 #include <string>
 #include <vector>
 
 #include "support/child_process.h"
-
-namespace test_support {
 
 // A zucim-simulator that runs as long as this object lives, on a port of its own that the system
 // picked. Unless the arguments say otherwise it listens on 127.0.0.2 and wants the user "root"
@@ -42,8 +42,8 @@ class SimulatorProcess {
     return process_.standard_error();
   }
 
-  // Ends it as a terminal would (SIGTERM) and returns its exit status.
-  int stop();
+  // Ends it by a signal and returns its exit status.
+  int stop(int signal = SIGTERM);
 
  private:
   ChildProcess process_;
@@ -51,5 +51,3 @@ class SimulatorProcess {
   std::string address_;
   int port_ = 0;
 };
-
-}  // namespace test_support

@@ -15,24 +15,20 @@ std::vector<const Class*> find_subclasses(const OperationContext& context) {
 
 }  // namespace
 
-std::string enumerate_classes(const OperationContext& context) {
+void enumerate_classes(const OperationContext& context, std::string& out) {
   const std::vector<const Class*> classes = find_subclasses(context);
   const bool local_only = context.parameters.boolean("LocalOnly", true);
   const Detail detail = read_detail(context, true);
   context.parameters.refuse_others();
 
-  std::string out;
   for (const Class* each : classes) append_class_view(out, *each, local_only, {}, detail);
-  return out;
 }
 
-std::string enumerate_class_names(const OperationContext& context) {
+void enumerate_class_names(const OperationContext& context, std::string& out) {
   const std::vector<const Class*> classes = find_subclasses(context);
   context.parameters.refuse_others();
 
-  std::string out;
   for (const Class* each : classes) append_class_name(out, each->name);
-  return out;
 }
 
 }  // namespace simulator

@@ -2,7 +2,7 @@
 
 namespace simulator {
 
-std::string get_class(const OperationContext& context) {
+void get_class(const OperationContext& context, std::string& out) {
   const std::string class_name = context.parameters.required_class_name("ClassName");
   const bool local_only = context.parameters.boolean("LocalOnly", true);
   const Detail detail = read_detail(context, true);
@@ -10,9 +10,7 @@ std::string get_class(const OperationContext& context) {
   context.parameters.refuse_others();
 
   const Class& type = require_class(context.name_space, class_name, CimStatus::not_found);
-  std::string out;
   append_class_view(out, type, local_only, list, detail);
-  return out;
 }
 
 }  // namespace simulator

@@ -2,7 +2,7 @@
 
 namespace simulator {
 
-std::string get_instance(const OperationContext& context) {
+void get_instance(const OperationContext& context, std::string& out) {
   const InstanceName name = context.parameters.required_instance_name("InstanceName");
   const bool local_only = context.parameters.boolean("LocalOnly", true);
   const Detail detail = read_detail(context, false);
@@ -14,10 +14,8 @@ std::string get_instance(const OperationContext& context) {
   if (instance == nullptr) {
     throw CimError(CimStatus::not_found, "no such instance of " + type.name);
   }
-  std::string out;
-  append_instance(out, *instance, InstanceView{type, local_only, true, list}.properties_of(type),
-                  detail);
-  return out;
+  const InstanceView view{type, local_only, true, list};
+  InstanceWriter(type, view.properties_of(type), detail).append(out, *instance);
 }
 
 }  // namespace simulator

@@ -16,12 +16,12 @@ struct OperationContext {
   WireStyle style;
 };
 
-// Each operation returns the content of its IRETURNVALUE, or throws CimError.
-std::string get_class(const OperationContext& context);
-std::string enumerate_classes(const OperationContext& context);
-std::string enumerate_class_names(const OperationContext& context);
-std::string get_instance(const OperationContext& context);
-std::string enumerate_instances(const OperationContext& context);
-std::string enumerate_instance_names(const OperationContext& context);
+// Each operation appends the content of its IRETURNVALUE, or throws CimError.
+void get_class(const OperationContext& context, std::string& out);
+void enumerate_classes(const OperationContext& context, std::string& out);
+void enumerate_class_names(const OperationContext& context, std::string& out);
+void get_instance(const OperationContext& context, std::string& out);
+void enumerate_instances(const OperationContext& context, std::string& out);
+void enumerate_instance_names(const OperationContext& context, std::string& out);
 
 }  // namespace simulator
