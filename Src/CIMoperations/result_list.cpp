@@ -13,6 +13,18 @@ CIMelement* end_of_chain(CIMelement* element) {
   return element;
 }
 
+// Makes every element of the run whose parent is not in it a child of the first one. Such strays
+// are only found when the run reaches the end of its document.
+void adopt_strays(Run run) {
+  const CIMelement* previous = run.first;
+  for (CIMelement* node = run.first->next; node != nullptr; node = node->next) {
+    const CIMelement* ancestor = previous;
+    while (ancestor != run.first && ancestor != node->parent) ancestor = ancestor->parent;
+    if (ancestor != node->parent) node->parent = run.first;
+    previous = node;
+  }
+}
+
 }  // namespace
 
 bool is_kind(const CIMelement* element, int kind) noexcept {
@@ -27,6 +39,7 @@ CIMelement* take_out(CIMelement* before, Run run) noexcept {
   CIMelement* const following = run.last->next;
   run.last->next = nullptr;
   if (before != nullptr) before->next = following;
+  if (following == nullptr) adopt_strays(run);
   return following;
 }
 

@@ -4,9 +4,13 @@
 
 // Moving elements out of an answer into the result lists of a class entry.
 //
-// The outcome is that of CIMelement::redirect_chain, node by node. But that one looks for the
-// element before the moved ones and for the end of the list each time, which makes moving n
-// elements cost n * n steps; here the caller remembers the one and ResultList the other.
+// The outcome is that of CIMelement::redirect_chain, node by node, with one exception. But that one
+// looks for the element before the moved ones and for the end of the list each time, which makes
+// moving n elements cost n * n steps; here the caller remembers the one and ResultList the other.
+//
+// The exception: a run may reach beyond the subtree of its first element and take along elements
+// whose parents stay in the answer. A result outlives the answer, so these become children of the
+// run's first element.
 namespace zuCIM {
 
 // An element and its descendants, as CIMelement::getLastElement delimits them.

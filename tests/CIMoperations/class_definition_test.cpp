@@ -265,7 +265,7 @@ TEST_F(ClassDefinition, TheLastParameterTakesAlongWhatFollowsFurtherUp) {
                                     "       PARAMETER NAME=a\n"
                                     "    PARAMVALUE NAME=x\n")),
             0);
-  EXPECT_EQ(methods(), "CIM\n METHOD NAME=m\n  PARAMETER NAME=a\n?PARAMVALUE NAME=x\n");
+  EXPECT_EQ(methods(), "CIM\n METHOD NAME=m\n  PARAMETER NAME=a\n   PARAMVALUE NAME=x\n");
 }
 
 TEST_F(ClassDefinition, MayBeTheRootOfTheAnswer) {

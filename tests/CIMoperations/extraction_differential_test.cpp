@@ -20,7 +20,7 @@ class AnswerMaker {
 
   std::string make() {
     text_ = "CIM\n";
-    left_ = 2 + pick(60);
+    left_ = 2 + static_cast<int>(pick(60));
     strangeness_ = pick(3) * 8;
     while (left_ > 0) add_element(elem::CIM, 1);
     return text_;

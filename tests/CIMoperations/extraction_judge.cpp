@@ -1,7 +1,7 @@
 #include "CIMoperations/extraction_judge.h"
 
 #include <cstring>
-#include <memory>
+#include <set>
 
 #include "zuCIM/vocabulary.h"
 
@@ -29,6 +29,17 @@ CIMelement* new_head(int kind) {
   return head;
 }
 
+// Moves an element with its subtree. Elements that are taken along although their parents are not
+// become its children.
+CIMelement* move_whole(CIMelement* element, CIMelement** list) {
+  CIMelement* const following = element->redirect_chain(list, true);
+  std::set<const CIMelement*> moved;
+  for (const CIMelement* node = element; node != nullptr; node = node->next) moved.insert(node);
+  for (CIMelement* node = element->next; node != nullptr; node = node->next)
+    if (!moved.contains(node->parent)) node->parent = element;
+  return following;
+}
+
 // Moves a run of elements of one kind; null and a trace when there is none.
 CIMelement* move_run(CIMelement* tree, int kind, CIMelement*& list, const std::string& fault,
                      std::vector<std::string>& traces) {
@@ -40,7 +51,7 @@ CIMelement* move_run(CIMelement* tree, int kind, CIMelement*& list, const std::s
   CIMelement* const first = element;
   while (is(element, kind)) {
     if (list == nullptr) list = new_head(elem::CIM);
-    CIMelement* const following = element->redirect_chain(&list, true);
+    CIMelement* const following = move_whole(element, &list);
     element->parent = list;
     element = following;
   }
@@ -90,7 +101,7 @@ bool judge_method(CIMelement*& node, CIMclass& entry) {
   CIMelement* const end = method->getLastElement()->next;
   CIMelement* parameters = nullptr;
   for (CIMelement* each = method->next; each != nullptr && each != end;)
-    each = is_parameter(each) ? each->redirect_chain(&parameters, true) : each->next;
+    each = is_parameter(each) ? move_whole(each, &parameters) : each->next;
 
   if (entry.methods == nullptr) entry.methods = new_head(elem::CIM);
   node = method->redirect_chain(&entry.methods, false);

@@ -353,7 +353,36 @@ TEST_F(Extraction, TheLastElementTakesAlongWhatFollowsThreeLevelsUp) {
       "    INSTANCENAME CLASSNAME=A\n"
       "  ERROR\n");
   EXPECT_NE(container_.ExtractInstanceNames(&container_.result), 0);
-  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=A\n?ERROR\n");
+  EXPECT_EQ(names(), "CIM\n INSTANCENAME CLASSNAME=A\n  ERROR\n");
+}
+
+TEST_F(Extraction, ResultsDoNotReferToTheAnswer) {
+  answer(
+      "CIM\n"
+      " SIMPLERSP\n"
+      "  IMETHODRESPONSE\n"
+      "   IRETURNVALUE\n"
+      "    INSTANCENAME CLASSNAME=A\n"
+      "     KEYBINDING\n"
+      "      KEYVALUE\n"
+      "  ERROR\n"
+      "   VALUE\n"
+      "  ERROR\n"
+      " MESSAGE\n");
+  const std::string expected =
+      "CIM\n"
+      " INSTANCENAME CLASSNAME=A\n"
+      "  KEYBINDING\n"
+      "   KEYVALUE\n"
+      "  ERROR\n"
+      "   VALUE\n"
+      "  ERROR\n"
+      "  MESSAGE\n";
+  container_.ExtractInstanceNames(&container_.result);
+  EXPECT_EQ(names(), expected);
+  container_.cleanXMLbuffer();
+  const CIMclass copy = container_.classes;
+  EXPECT_EQ(tree_text(copy.instanceNames), expected);
 }
 
 TEST_F(Extraction, MovesManyElements) {
