@@ -1,6 +1,7 @@
 #include "support/simulator_process.h"
 
-#include <regex>
+#include <array>
+#include <cstdio>
 #include <stdexcept>
 
 namespace {
@@ -17,16 +18,16 @@ std::vector<std::string> command_line(const std::string& program,
 SimulatorProcess::SimulatorProcess(const std::string& program,
                                    const std::vector<std::string>& arguments)
     : process_(command_line(program, arguments)) {
-  static const std::regex form("listening on (https?)://([0-9.]+):([0-9]+)");
   const std::string line = process_.read_line();
-  std::smatch found;
-  if (!std::regex_match(line, found, form)) {
+  std::array<char, 6> scheme{};
+  std::array<char, 16> address{};
+  if (std::sscanf(line.c_str(), "listening on %5[a-z]://%15[0-9.]:%d", scheme.data(),
+                  address.data(), &port_) != 3) {
     process_.wait();
     throw std::runtime_error("the simulator did not start: " + line + process_.standard_error());
   }
-  scheme_ = found[1];
-  address_ = found[2];
-  port_ = std::stoi(found[3]);
+  scheme_ = scheme.data();
+  address_ = address.data();
 }
 
 std::string SimulatorProcess::url() const {
