@@ -121,10 +121,10 @@ bool set_capacity(CIMarray& array, unsigned n) {
 }
 
 // The lock spans both steps, so that an element appended meanwhile is not taken for a spare slot.
-int trim(CIMarray* array) {
-  if (array == nullptr) return array->setmaxargc(0);
-  const BRQ::Threading::CSyncGuard guard(array->lock);
-  return array->setmaxargc(array->argc);
+// False when memory is short.
+bool trim(CIMarray& array) {
+  const BRQ::Threading::CSyncGuard guard(array.lock);
+  return set_capacity(array, array.argc);
 }
 
 // Appends copies of all elements of `source`; stops when memory is short. Slots that were lost are
@@ -143,6 +143,12 @@ void append_all(CIMarray& target, const CIMarray& source) {
     if (copy == nullptr) return;
     std::memcpy(copy, block, prefix);
   }
+}
+
+// Traces are written when no lock is held, since their receiver may use the library.
+int trace_failure(const char* message, int line = __builtin_LINE()) {
+  BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, line, message);
+  return status::failure;
 }
 
 }  // namespace
@@ -176,13 +182,8 @@ void* CIMarray::putargv(const void* data, int size, int grow) noexcept {
 }
 
 int CIMarray::setmaxargc(unsigned n) noexcept {
-  if (this == nullptr) {
-    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, "setmaxargc: this??");
-    return status::failure;
-  }
-  if (set_capacity(*this, n)) return status::success;
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, "cannot alloc memory!");
-  return status::failure;
+  if (this == nullptr) return trace_failure("setmaxargc: this??");
+  return set_capacity(*this, n) ? status::success : trace_failure("cannot alloc memory!");
 }
 
 void CIMarray::erase(unsigned i) noexcept {
@@ -200,9 +201,9 @@ void CIMarray::erase(unsigned i) noexcept {
 }
 
 void CIMarray::FreeUnused() noexcept {
-  if (trim(this) != status::success)
-    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
-              "FreeUnused: cannot alloc memory!");
+  if (this != nullptr && trim(*this)) return;
+  trace_failure(this == nullptr ? "setmaxargc: this??" : "cannot alloc memory!");
+  trace_failure("FreeUnused: cannot alloc memory!");
 }
 
 }  // namespace zuCIM

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -41,11 +42,34 @@ void copy_tree(CIMelement** slot, const CIMelement* tree) {
   delete std::exchange(*slot, new (std::nothrow) CIMelement(*tree));
 }
 
+// Names an entry; false, with the entry nameless, when memory is short.
+bool name_entry(CIMclass& entry, const char* class_name, const char* name_space) {
+  entry.setClassName(class_name, name_space);
+  const bool complete = (is_empty(class_name) || entry.className != nullptr) &&
+                        (is_empty(name_space) || entry.nameSpace != nullptr);
+  if (!complete) entry.setClassName(nullptr, nullptr);
+  return complete;
+}
+
+// Names `first` if it names no class, else appends a new entry behind `last`. Null when memory is
+// short.
+CIMclass* add_entry(CIMclass& first, CIMclass& last, const char* class_name,
+                    const char* name_space) {
+  if (first.className == nullptr)
+    return name_entry(first, class_name, name_space) ? &first : nullptr;
+  auto entry = std::unique_ptr<CIMclass>(new (std::nothrow) CIMclass);
+  if (entry == nullptr || !name_entry(*entry, class_name, name_space)) return nullptr;
+  last.next = entry.release();
+  return last.next;
+}
+
 // Copies a chain into an empty entry. All trees go into that entry, so that a later one replaces an
 // earlier one.
 void copy_chain(CIMclass& target, const CIMclass& source) {
+  CIMclass* last = &target;
   for (const CIMclass* entry = &source; entry != nullptr; entry = entry->next) {
-    if (target.makeNextClass(entry->className, entry->nameSpace) == nullptr) return;
+    last = add_entry(target, *last, entry->className, entry->nameSpace);
+    if (last == nullptr) return;
     copy_tree(&target.instanceNames, entry->instanceNames);
     copy_tree(&target.instances, entry->instances);
     copy_tree(&target.methods, entry->methods);
@@ -103,15 +127,9 @@ void CIMclass::setClassName(const char* class_name, const char* name_space) noex
 
 CIMclass* CIMclass::makeNextClass(const char* class_name, const char* name_space) noexcept {
   if (this == nullptr) return nullptr;
-  CIMclass* entry = this;
-  if (className != nullptr) {
-    while (entry->next != nullptr) entry = entry->next;
-    entry->next = new (std::nothrow) CIMclass;
-    entry = entry->next;
-    if (entry == nullptr) return nullptr;
-  }
-  entry->setClassName(class_name, name_space);
-  return entry;
+  CIMclass* last = this;
+  while (last->next != nullptr) last = last->next;
+  return add_entry(*this, *last, class_name, name_space);
 }
 
 CIMclass* CIMclass::findClassName(const char* class_name, const char* name_space) noexcept {

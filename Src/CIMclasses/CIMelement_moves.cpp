@@ -1,5 +1,6 @@
 #include "zuCIM/element.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -38,6 +39,13 @@ void free_content(CIMelement& node) {
   delete std::exchange(node.attributes, nullptr);
 }
 
+// How many records an array holds; those that were lost with their slots do not count.
+std::ptrdiff_t record_count(const CIMarray& array) {
+  if (array.argv == nullptr) return 0;
+  return std::count_if(array.argv, array.argv + array.argc,
+                       [](const void* record) { return record != nullptr; });
+}
+
 // Gives `copy` the content of `source`. False when memory is short.
 bool copy_content(CIMelement& copy, const CIMelement& source) {
   free_content(copy);
@@ -45,7 +53,8 @@ bool copy_content(CIMelement& copy, const CIMelement& source) {
   if (source.value != nullptr && (copy.value = strdup(source.value)) == nullptr) return false;
   if (source.attributes == nullptr) return true;
   copy.attributes = new (std::nothrow) CIMarray(*source.attributes);
-  return copy.attributes != nullptr && copy.attributes->argc == source.attributes->argc;
+  return copy.attributes != nullptr &&
+         record_count(*copy.attributes) == record_count(*source.attributes);
 }
 
 int first_attribute_id(const CIMelement* node) {
@@ -79,11 +88,14 @@ CIMelement* make_next_copy(CIMelement* previous, const CIMelement& source) {
 void copy_chain(CIMelement& target, const CIMelement& source) {
   CIMelement* copy = &target;
   const CIMelement* original = &source;
-  while (copy_content(*copy, *original) && original->next != nullptr) {
+  while (copy_content(*copy, *original)) {
     original = original->next;
+    if (original == nullptr) return;
     copy = make_next_copy(copy, *original);
     if (copy == nullptr) return;
   }
+  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
+            "CIMelement::operator=: Exception raised: cannot alloc memory!");
 }
 
 // Moves the chain of `source` to an empty node.

@@ -39,7 +39,8 @@ class ZUCIM_API CIMarray {
   // Appends one element and returns its block, which the array owns; null on failure.
   // `data`: the record, or the text; null makes a zero-filled record. `size`: the element size as
   // above. `grow`: how many spare slots to add when the array has to grow. For prefixed texts the
-  // prefix bytes are left for the caller to write.
+  // prefix bytes are left for the caller to write. When the slot array cannot grow, the array loses
+  // its slots and frees all its blocks; argc stays.
   void* putargv(const void* data, int size, int grow) noexcept;
   // Sets the capacity to `n` slots and frees the elements from `n` on; 0 frees everything and
   // resets the element size. Returns 0, or 1001 when memory is short (nothing changes then but the

@@ -265,5 +265,31 @@ TEST(CimClass, TheMembersOfANullEntryDoNothing) {
   expect_fresh(entry);
 }
 
+TEST(CimClass, ACopyReusesTheFirstEntryWhileItNamesNoClass) {
+  CIMclass source;
+  source.setClassName("", "root/interop");
+  source.next = new CIMclass;
+  source.next->setClassName("CIM_Fan", "root/cimv2");
+  const CIMclass copy(source);
+  EXPECT_STREQ(copy.className, "CIM_Fan");
+  EXPECT_STREQ(copy.nameSpace, "root/cimv2");
+  EXPECT_EQ(copy.next, nullptr);
+}
+
+TEST(CimClass, ALongChainIsCopiedInOneWalk) {
+  CIMclass source;
+  source.setClassName("first", "root/cimv2");
+  CIMclass* last = &source;
+  for (int i = 0; i < 200000; ++i) {
+    last->next = new CIMclass;
+    last = last->next;
+    last->setClassName("CIM_Fan", "root/cimv2");
+  }
+  const CIMclass copy(source);
+  int count = 0;
+  for (const CIMclass* entry = &copy; entry != nullptr; entry = entry->next) ++count;
+  EXPECT_EQ(count, 200001);
+}
+
 }  // namespace
 }  // namespace zuCIM

@@ -332,6 +332,53 @@ TEST(MemoryShortage, AClassNameThatCannotBeCopiedIsNull) {
   EXPECT_STREQ(entry.nameSpace, "root/interop");
 }
 
+TEST(MemoryShortage, AnEntryThatCannotBeNamedIsNotMade) {
+  for (const unsigned name : {1U, 2U}) {
+    CIMclass chain;
+    EXPECT_EQ(with_failure(name, AllocationKind::c,
+                           [&] { return chain.makeNextClass("CIM_Fan", "root/cimv2"); }),
+              nullptr);
+    EXPECT_EQ(chain.className, nullptr);
+    EXPECT_EQ(chain.nameSpace, nullptr);
+    ASSERT_EQ(chain.makeNextClass("CIM_Fan", "root/cimv2"), &chain);
+    EXPECT_EQ(with_failure(name, AllocationKind::c,
+                           [&] { return chain.makeNextClass("CIM_Disk", "root/cimv2"); }),
+              nullptr);
+    EXPECT_EQ(chain.next, nullptr);
+  }
+}
+
+TEST(MemoryShortage, LostAttributesDoNotEndTheCopyOfATree) {
+  CIMelement root;
+  root.name = known_cim_elements[elem::CLASS];
+  for (int i = 0; i < 16; ++i) root.attr_put(attr::NAME, "x");
+  EXPECT_EQ(with_failure(1, AllocationKind::c, [&] { return root.attr_put(attr::NAME, "x"); }),
+            1001);
+  root.makeNextElement()->name = known_cim_elements[elem::VALUE];
+  CIMelement copy(root);
+  ASSERT_NE(copy.next, nullptr);
+  EXPECT_EQ(copy.next->name, known_cim_elements[elem::VALUE]);
+  root.attr_put(attr::TYPE, "string");
+  copy = root;
+  ASSERT_NE(copy.next, nullptr);
+  EXPECT_STREQ(copy.attr_find(attr::TYPE), "string");
+}
+
+TEST(MemoryShortage, ATextThatCannotBeCopiedEndsTheCopyWithATrace) {
+  const TraceRecorder trace;
+  CIMelement root;
+  root.name = known_cim_elements[elem::VALUE];
+  root.value = strdup("text");
+  CIMelement copy;
+  with_failure(1, AllocationKind::c, [&] {
+    copy = root;
+    return 0;
+  });
+  EXPECT_EQ(copy.value, nullptr);
+  EXPECT_THAT(errors(trace),
+              ElementsAre("CIMelement::operator=: Exception raised: cannot alloc memory!"));
+}
+
 TEST(MemoryShortage, AnAttributeRecordThatCannotBeMadeIsTracedWithItsCause) {
   const TraceRecorder trace;
   CIMelement node;
