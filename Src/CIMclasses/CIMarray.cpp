@@ -15,7 +15,6 @@ namespace zuCIM {
 namespace {
 
 constexpr const char* trace_source = "Src/CIMclasses";
-constexpr unsigned lock_spin = 1000;
 constexpr int copy_growth = 15;
 
 // What became of an append: the block, or why there is none.
@@ -152,10 +151,6 @@ int trace_failure(const char* message, int line = __builtin_LINE()) {
 }
 
 }  // namespace
-
-CIMarray::CIMarray() noexcept {
-  lock.Init(lock_spin);
-}
 
 CIMarray::CIMarray(const CIMarray& source) noexcept : CIMarray() {
   *this = source;

@@ -26,8 +26,8 @@ class ZUCIM_API CIMarray {
   // Guards the fields above.
   BRQ::Threading::Native_OS::CCriticalSection lock;
 
-  // Makes an empty array.
-  CIMarray() noexcept;
+  // Makes an empty array. A global one is ready before any code of the program runs.
+  constexpr CIMarray() noexcept : lock(lock_spin) {}
   // Copies all elements, see operator=.
   CIMarray(const CIMarray& source) noexcept;
   // Frees all elements.
@@ -50,6 +50,9 @@ class ZUCIM_API CIMarray {
   void erase(unsigned i) noexcept;
   // Gives the spare slots back.
   void FreeUnused() noexcept;
+
+ private:
+  static constexpr unsigned lock_spin = 1000;
 };
 
 }  // namespace zuCIM

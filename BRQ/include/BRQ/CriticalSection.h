@@ -14,7 +14,9 @@ namespace Native_OS {
 // An all-zero section is a valid, free one.
 class BRQ_API CCriticalSection {
  public:
-  CCriticalSection() = default;
+  constexpr CCriticalSection() noexcept = default;
+  // A free section with this number of looks, see Init.
+  explicit constexpr CCriticalSection(unsigned spin) noexcept : spin_(spin) {}
   CCriticalSection(const CCriticalSection&) = delete;
   CCriticalSection& operator=(const CCriticalSection&) = delete;
 
