@@ -9,6 +9,7 @@
 
 #include "BRQ/Trace.h"
 #include "CIMconnection/address_text.h"
+#include "CIMconnection/registry.h"
 #include "zuCIM/container.h"
 #include "zuCIM/vocabulary.h"
 
@@ -53,19 +54,38 @@ std::string name_of(const addrinfo& entry, const std::string& name, const std::s
   return {};
 }
 
-// Resolves `name` and fills `ip` and, unless it is null, `fqdn`. Returns what getaddrinfo returned;
-// 0 for an empty name.
-int resolve(const std::string& name, std::string& ip, std::string* fqdn) {
-  if (name.empty()) return 0;
-  addrinfo* found = nullptr;
-  const int result = getaddrinfo(name.c_str(), nullptr, nullptr, &found);
-  if (result != 0) return result;
-  const AddressList list(found);
+// What was found for a name.
+struct Resolution {
+  // What getaddrinfo returned; 0 for an empty name.
+  int result = 0;
+  std::string ip;
+  std::string fqdn;
+};
+
+// Throws std::bad_alloc.
+Resolution resolve(const std::string& name, bool wants_fqdn) {
+  Resolution found;
+  if (name.empty()) return found;
+  addrinfo* entries = nullptr;
+  found.result = getaddrinfo(name.c_str(), nullptr, nullptr, &entries);
+  if (found.result != 0) return found;
+  const AddressList list(entries);
   for (const addrinfo* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
-    if (ip.empty()) ip = usable_address_text(*entry->ai_addr);
-    if (fqdn != nullptr && fqdn->empty()) *fqdn = name_of(*entry, name, ip);
+    if (found.ip.empty()) found.ip = usable_address_text(*entry->ai_addr);
+    if (wants_fqdn && found.fqdn.empty()) found.fqdn = name_of(*entry, name, found.ip);
   }
-  return 0;
+  return found;
+}
+
+// The same; without memory it finds nothing and says so in the trace.
+Resolution try_to_resolve(const std::string& name, bool wants_fqdn) noexcept {
+  try {
+    return resolve(name, wants_fqdn);
+  } catch (const std::exception& error) {
+    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
+              "setIPAddress: Exception raised: %s", error.what());
+    return {.result = EAI_MEMORY, .ip = {}, .fqdn = {}};
+  }
 }
 
 // This machine's name; empty when there is none.
@@ -82,24 +102,12 @@ void refuse(CIMcontainer& context, int code) noexcept {
   context.infoFlags |= info_flag::credentials_refused | info_flag::not_busy;
 }
 
-// Other threads that admit a context of their own read these two, so they change under the
-// registry's lock.
-void set_server_address(CIMcontainer& context) {
-  std::string ip;
-  std::string fqdn;
-  context.setIPAddress(context.host, ip, &fqdn);
-  const BRQ::Threading::CSyncGuard guard(gCIMContainers.lock);
-  context.serverIP.swap(ip);
-  context.serverName.swap(fqdn);
-}
-
 bool is_same_server(const CIMcontainer& one, const CIMcontainer& other) noexcept {
   if (other.serverIP.empty() || other.serverName.empty()) return false;
   return one.serverIP == other.serverIP || one.serverName == other.serverName;
 }
 
 bool is_duplicate(const CIMcontainer& context) noexcept {
-  const BRQ::Threading::CSyncGuard guard(gCIMContainers.lock);
   for (int position = 0; position < getContainerSize(); ++position) {
     const CIMcontainer* const other = getContainer(static_cast<unsigned>(position));
     if (other == nullptr || other->index == context.index) continue;
@@ -108,12 +116,24 @@ bool is_duplicate(const CIMcontainer& context) noexcept {
   return false;
 }
 
+// Gives the context its address and name and tells whether another one has them. Both happen under
+// one lock, so that of two contexts that are admitted at once only one passes.
+bool claim_server(CIMcontainer& context, std::string& ip, std::string& name) noexcept {
+  const BRQ::Threading::CSyncGuard guard(gCIMContainers.lock);
+  swap_server_address(context, ip, name);
+  return !context.serverIP.empty() && is_duplicate(context);
+}
+
 void check_server_address(CIMcontainer& context) noexcept {
+  std::string ip;
+  std::string name;
+  context.setIPAddress(context.host, ip, &name);
+  const bool has_duplicate = claim_server(context, ip, name);
   if (context.serverIP.empty()) {
     BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
               "[%s] addContainer: cannot get Host-IP-Address", context.host);
     refuse(context, status::server_address);
-  } else if (is_duplicate(context)) {
+  } else if (has_duplicate) {
     BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
               "[%s] addContainer: duplicate IPaddress / FQDN", context.host);
     refuse(context, status::duplicate_server);
@@ -142,23 +162,16 @@ void check_credentials(CIMcontainer& context) noexcept {
 
 void CIMconnection::setIPAddress(const std::string& name, std::string& ip,
                                  std::string* fqdn) noexcept {
-  try {
-    // The name may be one of the strings that are written to.
-    const std::string wanted = name;
-    ip.clear();
-    if (fqdn != nullptr) fqdn->clear();
-    const int lookup = resolve(wanted, ip, fqdn);
-    if (!ip.empty()) return;
+  Resolution found = try_to_resolve(name, fqdn != nullptr);
+  if (found.ip.empty()) {
     cimStatus = status::server_address;
     BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
-              "[%s] setIPAddress: cannot get IP-Address. ret=%d WSAGetLastError=%d", wanted, lookup,
-              errno);
-  } catch (const std::exception& error) {
-    ip.clear();
-    cimStatus = status::server_address;
-    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
-              "setIPAddress: Exception raised: %s", error.what());
+              "[%s] setIPAddress: cannot get IP-Address. ret=%d WSAGetLastError=%d", name,
+              found.result, errno);
   }
+  // The name may be one of the strings that are written to.
+  ip.swap(found.ip);
+  if (fqdn != nullptr) fqdn->swap(found.fqdn);
 }
 
 void CIMcontainer::addContainer() noexcept {
@@ -166,7 +179,6 @@ void CIMcontainer::addContainer() noexcept {
             host);
   try {
     cimStatus = status::success;
-    set_server_address(*this);
     check_server_address(*this);
     check_local_address(*this);
     check_credentials(*this);

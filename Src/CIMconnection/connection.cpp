@@ -1,9 +1,12 @@
 #include <exception>
+#include <string>
+#include <utility>
 
 #include "BRQ/Time.h"
 #include "BRQ/Trace.h"
 #include "CIMconnection/busy_flag.h"
 #include "CIMconnection/curl_handle.h"
+#include "CIMconnection/registry.h"
 #include "CIMconnection/request_headers.h"
 #include "CIMconnection/server_record.h"
 #include "zuCIM/connection.h"
@@ -21,10 +24,93 @@ const char* text_or_empty(const char* text) noexcept {
   return text != nullptr ? text : "";
 }
 
-void trace_exception(const char* function, const std::exception& error) noexcept {
+// Records and traces that a function ran out of memory.
+void report(CIMconnection& connection, const char* function, const std::exception& error) noexcept {
+  connection.cimStatus = status::failure;
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source, "%s: Exception raised: %s",
             function, error.what());
 }
+
+// Changes of several strings are made all or not at all: the new values are made first, and then
+// swapped in, which cannot fail.
+
+// What a server record says, in copies.
+struct ServerTexts {
+  std::string host;
+  std::string user;
+  std::string password;
+  std::string scheme;
+  std::string port;
+  std::string ca_file;
+  std::string certificate;
+  std::string key;
+
+  explicit ServerTexts(const _THR_SERVER_& source)
+      : host(text_or_empty(source.host)),
+        user(text_or_empty(source.user)),
+        password(text_or_empty(source.password)),
+        port(text_or_empty(source.port)),
+        ca_file(text_or_empty(source.caFile)),
+        certificate(text_or_empty(source.certFile)),
+        key(text_or_empty(source.keyFile)) {
+    scheme = port == https_port ? "https" : "http";
+  }
+  explicit ServerTexts(const CIMconnection& source)
+      : host(source.host),
+        user(source.user),
+        password(source.password),
+        scheme(source.scheme),
+        port(source.port),
+        ca_file(source.caFile),
+        certificate(source.sslCert),
+        key(source.sslKey) {}
+
+  void swap_into(CIMconnection& target) noexcept {
+    target.host.swap(host);
+    target.user.swap(user);
+    target.password.swap(password);
+    target.scheme.swap(scheme);
+    target.port.swap(port);
+    target.caFile.swap(ca_file);
+    target.sslCert.swap(certificate);
+    target.sslKey.swap(key);
+  }
+};
+
+// What assignment has to ask memory for, in copies.
+struct ConnectionTexts {
+  ServerTexts server;
+  std::string os_name;
+  std::string local_ip;
+  std::string server_ip;
+  std::string server_name;
+  std::string request;
+  std::string response_header;
+  std::string response_body;
+  HeaderList headers;
+
+  explicit ConnectionTexts(const CIMconnection& source)
+      : server(source),
+        os_name(source.osName),
+        local_ip(source.localIP),
+        server_ip(source.serverIP),
+        server_name(source.serverName),
+        request(source.request),
+        response_header(source.responseHeader),
+        response_body(source.responseBody),
+        headers(copy_header_list(source.headers)) {}
+
+  void swap_into(CIMconnection& target) noexcept {
+    server.swap_into(target);
+    target.osName.swap(os_name);
+    target.localIP.swap(local_ip);
+    swap_server_address(target, server_ip, server_name);
+    target.request.swap(request);
+    target.responseHeader.swap(response_header);
+    target.responseBody.swap(response_body);
+    replace_header_list(target, std::move(headers));
+  }
+};
 
 void copy_numbers(CIMconnection& target, const CIMconnection& source) noexcept {
   target.cimStatus = source.cimStatus;
@@ -38,25 +124,12 @@ void copy_numbers(CIMconnection& target, const CIMconnection& source) noexcept {
   target.skipIpCheck = source.skipIpCheck;
 }
 
-void copy_texts(CIMconnection& target, const CIMconnection& source) {
-  target.host = source.host;
-  target.user = source.user;
-  target.password = source.password;
-  target.scheme = source.scheme;
-  target.port = source.port;
-  target.caFile = source.caFile;
-  target.sslCert = source.sslCert;
-  target.sslKey = source.sslKey;
-  target.osName = source.osName;
-  target.serverIP = source.serverIP;
-  target.serverName = source.serverName;
-  target.localIP = source.localIP;
-}
-
-void copy_exchange(CIMconnection& target, const CIMconnection& source) {
-  target.request = source.request;
-  target.responseHeader = source.responseHeader;
-  target.responseBody = source.responseBody;
+// Copies all but the texts, which `texts` brings.
+void copy_connection(CIMconnection& target, const CIMconnection& source,
+                     ConnectionTexts& texts) noexcept {
+  copy_numbers(target, source);
+  texts.swap_into(target);
+  if (source.curl != nullptr) target.duplicateCurlHandle(source.curl);
   target.result = source.result;
 }
 
@@ -64,16 +137,9 @@ void copy_exchange(CIMconnection& target, const CIMconnection& source) {
 
 void copy_server_record(CIMconnection& connection, const _THR_SERVER_* server) {
   static constexpr _THR_SERVER_ nothing{};
-  const _THR_SERVER_& source = server != nullptr ? *server : nothing;
-  connection.host = text_or_empty(source.host);
-  connection.user = text_or_empty(source.user);
-  connection.password = text_or_empty(source.password);
-  connection.port = text_or_empty(source.port);
-  connection.scheme = connection.port == https_port ? "https" : "http";
-  connection.caFile = text_or_empty(source.caFile);
+  ServerTexts texts(server != nullptr ? *server : nothing);
+  texts.swap_into(connection);
   connection.verifyPeer = connection.caFile.empty() ? 0 : 1;
-  connection.sslCert = text_or_empty(source.certFile);
-  connection.sslKey = text_or_empty(source.keyFile);
 }
 
 CIMconnection::CIMconnection()
@@ -92,7 +158,12 @@ CIMconnection::CIMconnection()
 }
 
 CIMconnection::CIMconnection(const CIMconnection& source) : CIMconnection() {
-  *this = source;
+  try {
+    ConnectionTexts texts(source);
+    copy_connection(*this, source, texts);
+  } catch (const std::exception& error) {
+    report(*this, "CIMconnection::CIMconnection", error);
+  }
 }
 
 CIMconnection::~CIMconnection() {
@@ -102,14 +173,11 @@ CIMconnection::~CIMconnection() {
 CIMconnection& CIMconnection::operator=(const CIMconnection& source) noexcept {
   if (this == &source) return *this;
   try {
+    ConnectionTexts texts(source);
     releaseCurlHandle();
-    copy_numbers(*this, source);
-    copy_texts(*this, source);
-    if (source.curl != nullptr) duplicateCurlHandle(source.curl);
-    replace_header_list(*this, copy_header_list(source.headers));
-    copy_exchange(*this, source);
+    copy_connection(*this, source, texts);
   } catch (const std::exception& error) {
-    trace_exception("CIMconnection::operator=", error);
+    report(*this, "CIMconnection::operator=", error);
   }
   return *this;
 }
@@ -118,7 +186,7 @@ void CIMconnection::setHostUserPasswd(const _THR_SERVER_* server) noexcept {
   try {
     copy_server_record(*this, server);
   } catch (const std::exception& error) {
-    trace_exception("setHostUserPasswd", error);
+    report(*this, "setHostUserPasswd", error);
   }
 }
 
@@ -126,7 +194,7 @@ void CIMconnection::setOSName(const std::string& name) noexcept {
   try {
     osName = name;
   } catch (const std::exception& error) {
-    trace_exception("setOSName", error);
+    report(*this, "setOSName", error);
   }
 }
 

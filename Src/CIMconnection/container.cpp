@@ -4,6 +4,19 @@
 
 namespace zuCIM {
 
+namespace {
+
+// Copies what a context has beyond its connection and its index. A listener is never shared.
+void copy_own_members(CIMcontainer& target, const CIMcontainer& source) noexcept {
+  target.classes = source.classes;
+  target.methodName = source.methodName;
+  target.currentClass = source.currentClass;
+  target.callerValue = source.callerValue;
+  target.listener = nullptr;
+}
+
+}  // namespace
+
 CIMcontainer::CIMcontainer()
     : currentClass(nullptr),
       listener(nullptr),
@@ -11,8 +24,9 @@ CIMcontainer::CIMcontainer()
       index(no_index),
       callerValue(0) {}
 
-CIMcontainer::CIMcontainer(const CIMcontainer& source) : CIMcontainer() {
-  *this = source;
+CIMcontainer::CIMcontainer(const CIMcontainer& source)
+    : CIMconnection(source), listener(nullptr), index(source.index) {
+  copy_own_members(*this, source);
 }
 
 CIMcontainer::~CIMcontainer() = default;
@@ -20,13 +34,8 @@ CIMcontainer::~CIMcontainer() = default;
 CIMcontainer& CIMcontainer::operator=(const CIMcontainer& source) noexcept {
   if (this == &source) return *this;
   CIMconnection::operator=(source);
-  classes = source.classes;
-  methodName = source.methodName;
-  currentClass = source.currentClass;
+  copy_own_members(*this, source);
   change_index(*this, source.index);
-  callerValue = source.callerValue;
-  // A listener is never shared.
-  listener = nullptr;
   return *this;
 }
 

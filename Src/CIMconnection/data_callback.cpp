@@ -4,8 +4,7 @@
 
 namespace zuCIM {
 
-std::size_t append_data(const char* data, std::size_t size, std::size_t count,
-                        void* text) noexcept {
+std::size_t append_data(char* data, std::size_t size, std::size_t count, void* text) noexcept {
   const std::size_t length = size * count;
   if (length == 0 || text == nullptr) return 0;
   try {

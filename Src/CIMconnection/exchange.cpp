@@ -1,8 +1,11 @@
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include "BRQ/Trace.h"
 #include "CIMconnection/busy_flag.h"
@@ -11,6 +14,7 @@
 #include "CIMconnection/progress.h"
 #include "CIMconnection/request_headers.h"
 #include "CIMconnection/response_scan.h"
+#include "CIMconnection/running_exchange.h"
 #include "CIMconnection/status.h"
 #include "zuCIM/connection.h"
 #include "zuCIM/indication.h"
@@ -30,6 +34,10 @@ constexpr const char* trace_source = "Src/CIMconnection";
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 constexpr CURLoption progress_function_option = CURLOPT_PROGRESSFUNCTION;
 #pragma GCC diagnostic pop
+
+// curl_easy_setopt takes anything, so the types of the callbacks are checked here.
+static_assert(std::is_convertible_v<decltype(&append_data), curl_write_callback>);
+static_assert(std::is_convertible_v<decltype(&checkProgress), curl_progress_callback>);
 
 int read_shared(int& number) noexcept {
   return std::atomic_ref<int>(number).load();
@@ -58,14 +66,34 @@ class LentPointers {
   LentPointers& operator=(const LentPointers&) = delete;
   ~LentPointers() {
     void* const nothing = nullptr;
-    for (const CURLoption option : {CURLOPT_PROGRESSDATA, CURLOPT_HTTPHEADER, CURLOPT_WRITEDATA,
-                                    CURLOPT_HEADERDATA, CURLOPT_POSTFIELDS})
+    for (const CURLoption option :
+         {CURLOPT_PROGRESSDATA, CURLOPT_HTTPHEADER, CURLOPT_WRITEDATA, CURLOPT_HEADERDATA})
       curl_easy_setopt(handle_, option, nothing);
+    // Without any text libcurl would read the body from standard input.
+    curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, "");
+    curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE, 0L);
   }
 
  private:
   void* handle_;
 };
+
+bool has_control_character(const char* text) noexcept {
+  if (text == nullptr) return false;
+  const std::string_view characters(text);
+  return std::any_of(characters.begin(), characters.end(), [](char character) {
+    return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
+  });
+}
+
+// What would end its header line could start another one.
+bool is_fit_for_headers(CIMconnection& connection, const char* method,
+                        const char* object) noexcept {
+  if (!has_control_character(method) && !has_control_character(object)) return true;
+  record(connection, status::failure,
+         "sendRequest_recvResponse: control character in method or object");
+  return false;
+}
 
 bool is_ready(CIMconnection& connection) noexcept {
   if (connection.user.empty() || connection.password.empty() || connection.port.empty()) {
@@ -103,12 +131,15 @@ bool set_time_options(CIMconnection& connection, Progress& progress) noexcept {
   connection.extraTimeOut = 0;
   return set_option(connection, CURLOPT_PROGRESSDATA, &progress) &&
          set_option(connection, CURLOPT_CONNECTTIMEOUT, static_cast<long>(progress.timeout)) &&
+         set_option(connection, CURLOPT_TIMEOUT,
+                    static_cast<long>(last_resort_timeout(progress.timeout))) &&
          set_option(connection, progress_function_option, &checkProgress) &&
          set_option(connection, CURLOPT_NOSIGNAL, 1L);
 }
 
 // The status stays as it is when memory is short; only the trace tells.
 bool make_headers(CIMconnection& connection, const char* method, const char* object) {
+  replace_header_list(connection, nullptr);
   replace_header_list(connection, make_header_list(method, object));
   if (connection.headers != nullptr) return true;
   record(connection, CURLE_OK);
@@ -215,7 +246,8 @@ int exchange(CIMconnection& connection, const char* method, const char* object) 
   connection.responseBody.clear();
   connection.result.eclean();
   CURLcode result = CURLE_OK;
-  if (!is_ready(connection) || !transfer(connection, method, object, result))
+  if (!is_ready(connection) || !is_fit_for_headers(connection, method, object) ||
+      !transfer(connection, method, object, result))
     return connection.ChkCimStatus();
   judge_answer(connection, result);
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::progress, trace_source,
@@ -230,6 +262,7 @@ int CIMconnection::sendRequest_recvResponse(const char* method, const char* obje
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::progress, trace_source,
             "[%s]    Enter sendRequest_recvResponse()", host);
   if (!is_busy(*this)) return refuse_transfer(*this);
+  const RunningExchange running;
   try {
     return exchange(*this, method, object);
   } catch (const std::exception& error) {

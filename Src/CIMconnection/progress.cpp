@@ -53,6 +53,13 @@ std::int32_t transfer_timeout(std::int32_t extra_seconds, bool listener_is_activ
   return static_cast<std::int32_t>(std::clamp(base + extra_seconds, least_timeout, longest));
 }
 
+// The watch allows five spans of `timeout` seconds, each of which may be noticed 11 seconds late:
+// that is less than six spans and a minute. libcurl refuses more milliseconds than fit into an int.
+std::int32_t last_resort_timeout(std::int32_t timeout) noexcept {
+  constexpr std::int64_t most_seconds = std::numeric_limits<std::int32_t>::max() / 1000;
+  return static_cast<std::int32_t>(std::min(std::int64_t{6} * timeout + 60, most_seconds));
+}
+
 int checkProgress(void* progress, double download_total, double download_now,
                   double /*upload_total*/, double /*upload_now*/) noexcept {
   if (progress == nullptr) return 0;

@@ -22,6 +22,11 @@ struct Progress {
 // time, at least 5 seconds.
 std::int32_t transfer_timeout(std::int32_t extra_seconds, bool listener_is_active) noexcept;
 
+// When libcurl has to end a transfer by itself, in seconds from its start: long after the watch
+// would. The watch lets a complete download run for ever, even when the rest of the request cannot
+// be sent.
+std::int32_t last_resort_timeout(std::int32_t timeout) noexcept;
+
 // libcurl's progress callback; `progress` is a Progress, or null outside a transfer. Returns
 // non-zero to abort the transfer.
 int checkProgress(void* progress, double download_total, double download_now, double upload_total,

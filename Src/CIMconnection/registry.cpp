@@ -1,32 +1,46 @@
 #include "CIMconnection/registry.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <new>
+#include <utility>
 
 #include "BRQ/Trace.h"
 #include "CIMconnection/curl_handle.h"
+#include "CIMconnection/running_exchange.h"
 #include "CIMconnection/server_record.h"
 #include "zuCIM/vocabulary.h"
 
-// The contexts lie by value in the blocks of gCIMContainers: each is constructed in its block and
-// destroyed there before the array frees the block, so the address of a context never changes. All
-// state here is guarded by the array's lock. Nobody sees a context before it is complete, because
-// look-ups take the lock too.
+// The contexts lie by value in the blocks of gCIMContainers: each is constructed in its block
+// before the array gets it and destroyed there before the array frees it, so the address of a
+// context never changes and nobody sees a context before it is complete. The array's lock guards
+// the array and `indices_grow`. No trace is written under it, since a trace sink may look a context
+// up.
 
 namespace zuCIM {
 
-CIMarray gCIMContainers;
+constinit CIMarray gCIMContainers;
 
 namespace {
 
 constexpr const char* trace_source = "Src/CIMconnection";
+constexpr const char* array_trace_source = "Src/CIMclasses";
 constexpr int line_of_make_container = 204;
 constexpr int line_of_get_cim = 75;
-constexpr unsigned spare_slots = 15;
+constexpr std::uint64_t spare_slots = 15;
+
+// Contexts are constructed in blocks of malloc.
+static_assert(alignof(CIMcontainer) <= alignof(std::max_align_t));
 
 using BRQ::Threading::CSyncGuard;
+
+// Taken for the whole of makeContainer, so that indices are given in the order of the positions.
+// Guards `next_index`.
+constinit BRQ::Threading::Native_OS::CCriticalSection makers(1000);
 
 // The index that the next context gets.
 std::uint32_t next_index = 0;
@@ -70,65 +84,107 @@ unsigned search(unsigned index) noexcept {
                                                         : search_by_scan(index);
 }
 
-// Makes room for one more context. The array itself gives up all its slots when it cannot grow in
-// putargv; a caller's contexts are worth more, so the growth is done here, where a failure changes
-// nothing.
-bool make_room() noexcept {
-  if (gCIMContainers.argc < gCIMContainers.maxargc) return true;
-  if (gCIMContainers.setmaxargc(gCIMContainers.argc + 1 + spare_slots) == status::success)
-    return true;
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
-            "makeContainer: Exception raised: cannot realloc array!");
-  return false;
+// Whether a lookup finds this very context: always for a registered one while the indices grow.
+bool is_found(const CIMcontainer& context) noexcept {
+  return context_at(search(context.index)) == &context;
 }
 
-// The block for a new context, zero-filled; null when memory is short.
-void* append_block() noexcept {
-  if (!make_room()) return nullptr;
-  return gCIMContainers.putargv(nullptr, sizeof(CIMcontainer), spare_slots);
-}
+struct FreeBlock {
+  void operator()(void* block) const noexcept { std::free(block); }
+};
 
-// Throws std::bad_alloc; then nothing is left in the block.
-void construct_context(void* block, const _THR_SERVER_* server, std::uint64_t caller_value) {
-  CIMcontainer* const context = new (block) CIMcontainer();
-  try {
-    context->index = next_index;
-    context->callerValue = caller_value;
-    copy_server_record(*context, server);
-  } catch (...) {
+// Destroys a context and frees its block.
+struct BlockDeleter {
+  void operator()(CIMcontainer* context) const noexcept {
     context->~CIMcontainer();
-    throw;
+    std::free(context);
   }
+};
+using ContextBlock = std::unique_ptr<CIMcontainer, BlockDeleter>;
+
+// A context in a block of its own; null when there is no memory for the block. Throws
+// std::bad_alloc.
+ContextBlock make_context(const _THR_SERVER_* server, std::uint64_t caller_value) {
+  std::unique_ptr<void, FreeBlock> block(std::malloc(sizeof(CIMcontainer)));
+  if (block == nullptr) return nullptr;
+  ContextBlock context(new (block.get()) CIMcontainer());
+  static_cast<void>(block.release());  // The context's deleter frees it now.
+  context->index = next_index;
+  context->callerValue = caller_value;
+  copy_server_record(*context, server);
+  return context;
 }
 
-// Appends a context with the next index; without memory for its block there is none. Throws
-// std::bad_alloc; then the registry is as it was.
-void register_context(const _THR_SERVER_* server, std::uint64_t caller_value) {
+// Makes room for one more context. The array itself gives up all its slots when it cannot grow; a
+// caller's contexts are worth more, so here a failure changes nothing.
+bool make_room() noexcept {
+  CIMarray& array = gCIMContainers;
+  if (array.argv != nullptr && array.argc < array.maxargc) return true;
+  const std::uint64_t count = std::max<std::uint64_t>(array.maxargc, array.argc + 1 + spare_slots);
+  if (count > PTRDIFF_MAX / sizeof(void*)) return false;
+  auto* const slots = static_cast<void**>(
+      std::realloc(array.argv, static_cast<std::size_t>(count) * sizeof(void*)));
+  if (slots == nullptr) return false;
+  std::fill(slots + (array.argv == nullptr ? 0 : array.maxargc), slots + count, nullptr);
+  array.argv = slots;
+  array.maxargc = static_cast<std::uint32_t>(count);
+  return true;
+}
+
+// Hands the context over to the array, as its putargv does with a record, but without a copy.
+// Returns why that failed, or null.
+const char* append(ContextBlock& context) noexcept {
+  constexpr std::int32_t record_size = sizeof(CIMcontainer);
+  const CSyncGuard guard(gCIMContainers.lock);
+  if (gCIMContainers.elementSize == 0) gCIMContainers.elementSize = record_size;
+  if (gCIMContainers.elementSize != record_size) return "different length of array elements!";
+  if (!make_room()) return "cannot realloc array!";
   if (gCIMContainers.argc == 0) indices_grow = true;
-  void* const block = append_block();
-  if (block == nullptr) return;
-  try {
-    construct_context(block, server, caller_value);
-  } catch (...) {
-    gCIMContainers.erase(gCIMContainers.argc - 1);
-    throw;
-  }
+  gCIMContainers.argv[gCIMContainers.argc] = context.release();
+  std::atomic_ref<std::uint32_t>(gCIMContainers.argc).fetch_add(1, std::memory_order_relaxed);
+  return nullptr;
+}
+
+// A context that cannot be appended is reported as the array reports it, and is gone. Throws
+// std::bad_alloc.
+void register_context(const _THR_SERVER_* server, std::uint64_t caller_value) {
+  ContextBlock context = make_context(server, caller_value);
+  const char* const failure = context != nullptr ? append(context) : "cannot alloc array!";
+  if (failure != nullptr)
+    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, array_trace_source,
+              "putargv: Exception raised: %s", failure);
 }
 
 void release_all_handles() noexcept {
-  const CSyncGuard guard(gCIMContainers.lock);
-  for (unsigned position = 0; position < gCIMContainers.argc; ++position)
-    if (CIMcontainer* const context = context_at(position)) release_in_any_case(*context);
+  if (RunningExchange::is_any()) return;
+  const auto size = static_cast<unsigned>(getContainerSize());
+  for (unsigned position = 0; position < size; ++position)
+    if (CIMcontainer* const context = getContainer(position)) release_in_any_case(*context);
 }
 
+// What the registry held when the process ended in the midst of an exchange.
+void** kept_slots = nullptr;
+
 // Destroys the contexts that are still registered when the library is unloaded. It is defined after
-// the array and so destroyed before it.
+// the array and so destroyed before it, also when the array is used before both: neither needs code
+// to be ready.
 struct LastContexts {
   ~LastContexts() {
+    const std::uint32_t count = detach();
+    if (RunningExchange::is_any()) return;
+    for (std::uint32_t position = 0; position < count && kept_slots != nullptr; ++position)
+      if (kept_slots[position] != nullptr)
+        BlockDeleter()(static_cast<CIMcontainer*>(kept_slots[position]));
+    std::free(std::exchange(kept_slots, nullptr));
+  }
+
+ private:
+  // Takes the contexts out of the array into `kept_slots`; returns their number.
+  static std::uint32_t detach() noexcept {
     const CSyncGuard guard(gCIMContainers.lock);
-    for (unsigned position = 0; position < gCIMContainers.argc; ++position)
-      if (CIMcontainer* const context = context_at(position)) context->~CIMcontainer();
-    gCIMContainers.setmaxargc(0);
+    kept_slots = std::exchange(gCIMContainers.argv, nullptr);
+    gCIMContainers.maxargc = 0;
+    return std::exchange(gCIMContainers.argc, 0);
   }
 } last_contexts;
 
@@ -137,9 +193,14 @@ struct LastContexts {
 void change_index(CIMcontainer& context, std::uint32_t index) noexcept {
   const CSyncGuard guard(gCIMContainers.lock);
   if (context.index == index) return;
+  if (indices_grow && is_found(context)) indices_grow = false;
   context.index = index;
-  for (unsigned position = 0; position < gCIMContainers.argc; ++position)
-    if (context_at(position) == &context) indices_grow = false;
+}
+
+void swap_server_address(CIMconnection& connection, std::string& ip, std::string& name) noexcept {
+  const CSyncGuard guard(gCIMContainers.lock);
+  connection.serverIP.swap(ip);
+  connection.serverName.swap(name);
 }
 
 void release_handles_at_exit() noexcept {
@@ -147,7 +208,7 @@ void release_handles_at_exit() noexcept {
 }
 
 std::uint32_t makeContainer(const _THR_SERVER_* server, std::uint64_t caller_value) noexcept {
-  const CSyncGuard guard(gCIMContainers.lock);
+  const CSyncGuard guard(makers);
   BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::progress, trace_source, line_of_make_container,
                "[%s] makeContainer() index=%d", server != nullptr ? server->host : nullptr,
                next_index);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "zuCIM/container.h"
 
@@ -13,8 +14,13 @@ inline constexpr std::uint32_t no_index = 0xFFFFFFFF;
 // the registry no longer grow with the position.
 void change_index(CIMcontainer& context, std::uint32_t index) noexcept;
 
+// Exchanges the connection's server address and name for these. Threads that admit contexts of
+// their own read the two of a registered one, so they change under the registry's lock.
+void swap_server_address(CIMconnection& connection, std::string& ip, std::string& name) noexcept;
+
 // Makes sure that the transfer handles of all registered contexts are released when the process
-// ends, before the TLS library beneath libcurl is taken down. Call it once libcurl has started it.
+// ends, before the TLS library beneath libcurl is taken down; unless an exchange is running then.
+// Call it once libcurl has started that library.
 void release_handles_at_exit() noexcept;
 
 }  // namespace zuCIM

@@ -95,11 +95,14 @@ class ZUCIM_API CIMconnection {
   CIMconnection(const CIMconnection& source);
   // Releases the transfer handle, whatever the busy flag says.
   ~CIMconnection();
-  // Copies everything but the lock; the transfer handle and the header list are duplicated. A
-  // target that is not busy keeps its old handle and gets status 27 on the way.
+  // Copies everything but the lock; the header list is duplicated, and so is the source's transfer
+  // handle, if it has one: the old handle is freed then. From a source without a handle a target
+  // that is not busy keeps its old one. Without memory the target stays as it was and gets status
+  // 1001.
   CIMconnection& operator=(const CIMconnection& source) noexcept;
 
-  // Copies the server record into the connection. A null record or text counts as empty.
+  // Copies the server record into the connection. A null record or text counts as empty. Without
+  // memory the connection keeps the old record and gets status 1001.
   void setHostUserPasswd(const _THR_SERVER_* server) noexcept;
   // Stores the name of the server's operating system.
   void setOSName(const std::string& name) noexcept;
@@ -133,7 +136,8 @@ class ZUCIM_API CIMconnection {
   // 5003 when no address was found.
   void setIPAddress(const std::string& name, std::string& ip, std::string* fqdn) noexcept;
   // Posts `request` and parses the answer into `result`. `method` goes into the CIMMethod header,
-  // `object` into the CIMObject header. Returns the status.
+  // `object` into the CIMObject header; control characters in them are refused with status 1001.
+  // Returns the status.
   int sendRequest_recvResponse(const char* method, const char* object) noexcept;
 };
 

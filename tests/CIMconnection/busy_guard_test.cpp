@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <thread>
 
 #include "CIMconnection/busy_flag.h"
+#include "CIMconnection/sleepless_clock.h"
 #include "support/trace_recorder.h"
 
 namespace zuCIM {
@@ -71,26 +71,30 @@ TEST_F(BusyGuard, WaitsUntilTheHolderFreesTheConnection) {
   EXPECT_EQ(traces_.lines().front().text, "[far] ESXi_Busy");
 }
 
-TEST_F(BusyGuard, TakesTheConnectionAfter150LooksAllTheSame) {
+TEST_F(BusyGuard, TakesTheConnectionAfterHalfAMinuteAllTheSame) {
   connection_.ESXi_Occupied(true);
-  take_when_free(connection_, 1);
-  EXPECT_TRUE(connection_.esxiBusy);
+  const SleeplessClock clock;
+  connection_.ESXi_Occupied(true);
+  EXPECT_TRUE(is_busy(connection_));
+  EXPECT_EQ(clock.sleeps(), std::vector<unsigned>(150, 200));
   EXPECT_EQ(traces_.count(warning, source, occupied), 150);
   EXPECT_EQ(traces_.count(warning, source, "[far] ESXi_Busy: ready (loop=0)"), 1);
   EXPECT_EQ(traces_.lines().size(), 152U);
 }
 
-TEST_F(BusyGuard, LooksFiveTimesASecond) {
+TEST_F(BusyGuard, TakesTheConnectionAsSoonAsItIsFree) {
   connection_.ESXi_Occupied(true);
-  const auto start = std::chrono::steady_clock::now();
-  std::thread holder = free_after(5);
+  const SleeplessClock clock([this](std::size_t number) {
+    if (number == 5) connection_.ESXi_Occupied(false);
+  });
   connection_.ESXi_Occupied(true);
-  holder.join();
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1000));
   EXPECT_TRUE(is_busy(connection_));
-  EXPECT_GE(looks(), 5);
-  EXPECT_EQ(traces_.texts(warning).back(),
-            "[far] ESXi_Busy: ready (loop=" + std::to_string(150 - looks()) + ")");
+  EXPECT_EQ(clock.sleeps(), std::vector<unsigned>(5, 200));
+  EXPECT_EQ(traces_.count(progress, source, "[far] ESXi_Busy"), 1);
+  EXPECT_EQ(traces_.count(warning, source, occupied), 4);
+  EXPECT_EQ(traces_.count(warning, source, "[far] ESXi_Busy: occupied (false)"), 1);
+  EXPECT_EQ(traces_.count(warning, source, "[far] ESXi_Busy: ready (loop=145)"), 1);
+  EXPECT_EQ(traces_.lines().size(), 7U);
 }
 
 }  // namespace

@@ -108,6 +108,27 @@ TEST(Connection, TakesMissingTextsForEmptyOnes) {
   EXPECT_EQ(connection.scheme, "http");
 }
 
+TEST(Connection, TakesARecordThatPointsToItsOwnTexts) {
+  const std::string host = "a host name that needs memory of its own.example";
+  CIMconnection connection;
+  connection.host = host;
+  connection.user = "5989";
+  connection.password = "authority";
+  const _THR_SERVER_ own{connection.password.c_str(), connection.host.c_str(),
+                         connection.user.c_str(),     connection.user.c_str(),
+                         connection.password.c_str(), connection.host.c_str(),
+                         connection.host.c_str()};
+  connection.setHostUserPasswd(&own);
+  EXPECT_EQ(connection.host, "authority");
+  EXPECT_EQ(connection.user, host);
+  EXPECT_EQ(connection.password, "5989");
+  EXPECT_EQ(connection.port, "5989");
+  EXPECT_EQ(connection.scheme, "https");
+  EXPECT_EQ(connection.caFile, "authority");
+  EXPECT_EQ(connection.sslCert, host);
+  EXPECT_EQ(connection.sslKey, host);
+}
+
 TEST(Connection, StoresWhatItsSettersGet) {
   CIMconnection connection;
   connection.setOSName("ESXi");
@@ -245,13 +266,21 @@ TEST(TransferHandle, IsReleasedWithHeadersAndBuffers) {
 TEST(TransferHandle, StaysWhenTheConnectionIsNotBusy) {
   ReadyConnection connection;
   connection.initCurlHandle();
+  replace_header_list(connection, make_header_list("M", "o"));
   connection.request = "r";
+  connection.responseHeader = "h";
+  connection.responseBody = "b";
+  connection.result.name = known_cim_elements[elem::CIM];
   connection.esxiBusy = false;
   connection.cimStatus = 6;
   TraceRecorder traces;
   connection.releaseCurlHandle();
   EXPECT_NE(connection.curl, nullptr);
+  EXPECT_EQ(lines_of(connection.headers).size(), 5U);
   EXPECT_EQ(connection.request, "r");
+  EXPECT_EQ(connection.responseHeader, "h");
+  EXPECT_EQ(connection.responseBody, "b");
+  EXPECT_EQ(connection.result.name, known_cim_elements[elem::CIM]);
   EXPECT_EQ(connection.cimStatus, 27);
   EXPECT_EQ(traces.count(detail, source, "releaseCurlHandle: ERROR ESXi_Busy"), 1);
   EXPECT_EQ(traces.lines().size(), 1U);
@@ -363,9 +392,11 @@ TEST(ConnectionCopy, HasEverythingInCopiesOfItsOwn) {
 
 TEST(ConnectionCopy, IsMadeByTheCopyConstructorToo) {
   const FullConnection original;
+  const TraceRecorder traces;
   const CIMconnection copy(original);
   expect_equal(copy, original);
   EXPECT_NE(copy.curl, nullptr);
+  EXPECT_THAT(traces.texts(), ElementsAre("[host] duplicateCurlHandle: CURLhandle duplicated"));
 }
 
 TEST(ConnectionCopy, HasNoHandleWithoutOneInTheSource) {

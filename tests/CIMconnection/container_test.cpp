@@ -4,6 +4,8 @@
 
 #include "CIMconnection/registry.h"
 #include "CIMconnection/sample_server.h"
+#include "CIMconnection/sleepless_clock.h"
+#include "support/trace_recorder.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
@@ -63,6 +65,13 @@ TEST(ContainerCopy, IsMadeByTheCopyConstructorToo) {
   EXPECT_STREQ(copy.classes.nameSpace, "b");
 }
 
+TEST(ContainerCopy, OfACopyConstructorReleasesNothing) {
+  const CIMcontainer original;
+  const TraceRecorder traces;
+  const CIMcontainer copy(original);
+  EXPECT_TRUE(traces.lines().empty());
+}
+
 TEST(ContainerCopy, OntoItselfChangesNothing) {
   CIMcontainer context;
   context.classes.setClassName("A", "b");
@@ -93,6 +102,24 @@ TEST(ContainerRelease, GivesBackWhatTheContextHolds) {
   EXPECT_FALSE(context.esxiBusy);
   EXPECT_EQ(context.cimStatus, 0);
   EXPECT_EQ(context.index, 9U);
+}
+
+TEST(ContainerRelease, WaitsForAnotherHolder) {
+  CIMcontainer context;
+  context.skipIpCheck = true;
+  context.ESXi_Occupied(true);
+  ASSERT_EQ(context.initCurlHandle(), 0);
+  bool had_handle = false;
+  const SleeplessClock clock([&](std::size_t number) {
+    if (number != 3) return;
+    had_handle = context.curl != nullptr;
+    context.ESXi_Occupied(false);
+  });
+  context.free_all();
+  EXPECT_EQ(clock.sleeps().size(), 3U);
+  EXPECT_TRUE(had_handle);
+  EXPECT_EQ(context.curl, nullptr);
+  EXPECT_FALSE(context.esxiBusy);
 }
 
 TEST(ContainerRelease, LeavesTheListenerAlone) {

@@ -25,6 +25,15 @@ TEST(TransferTimeout, IsTheBaseAndTheExtraTimeAndAtLeastFiveSeconds) {
   EXPECT_EQ(transfer_timeout(INT_MAX, false), INT_MAX);
 }
 
+TEST(LastResortTimeout, IsLongerThanTheWatchCanLastAndFitsIntoLibcurl) {
+  EXPECT_EQ(last_resort_timeout(5), 90);
+  EXPECT_EQ(last_resort_timeout(30), 240);
+  EXPECT_EQ(last_resort_timeout(60), 420);
+  EXPECT_EQ(last_resort_timeout(357903), 2147478);
+  EXPECT_EQ(last_resort_timeout(357904), 2147483);
+  EXPECT_EQ(last_resort_timeout(INT_MAX), 2147483);
+}
+
 class CheckProgress : public testing::Test {
  protected:
   // One call at time `now` in a download of which nothing is known.

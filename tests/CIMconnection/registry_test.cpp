@@ -7,8 +7,11 @@
 #include <thread>
 #include <vector>
 
+#include "BRQ/Trace.h"
 #include "CIMconnection/sample_server.h"
+#include "support/registry_cleaner.h"
 #include "support/trace_recorder.h"
+#include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
 namespace {
@@ -27,7 +30,7 @@ class Registry : public testing::Test {
     return first;
   }
 
-  EmptyRegistry empty_;
+  RegistryCleaner cleaner_;
 };
 
 // The counter is the process's, so this looks at it in a fresh one.
@@ -212,6 +215,8 @@ TEST_F(Registry, GivesAnIndexEvenWhenTheContextCannotBeAppended) {
   EXPECT_EQ(traces.count(0x40000000, "Src/CIMclasses",
                          "putargv: Exception raised: different length of array elements!"),
             1);
+  EXPECT_EQ(gCIMContainers.maxargc, 0U);
+  EXPECT_EQ(traces.texts(0x40000000).size(), 1U);
   EXPECT_EQ(getCIM(index), -1);
   gCIMContainers.setmaxargc(0);
   EXPECT_EQ(make(1), first + 2);
@@ -241,6 +246,51 @@ TEST_F(Registry, LetsThreadsMakeAndFindContextsAtOnce) {
   for (const auto& list : indices) different.insert(list.begin(), list.end());
   EXPECT_EQ(different.size(), thread_count * contexts_each);
   EXPECT_EQ(getContainerSize(), static_cast<int>(thread_count * contexts_each));
+}
+
+TEST_F(Registry, ShowsWholeContextsOnlyWhileOthersAreMade) {
+  constexpr int context_count = 400;
+  const std::string host = "a host name that needs memory of its own.example";
+  std::thread maker([&host] {
+    const _THR_SERVER_ server = sample_server(host.c_str());
+    for (int made = 0; made < context_count; ++made) makeContainer(&server, 0);
+  });
+  int wrong = 0;
+  for (int size = 0; size < context_count;) {
+    size = getContainerSize();
+    for (int position = 0; position < size; ++position)
+      if (getContainer(static_cast<unsigned>(position))->host != host) ++wrong;
+  }
+  maker.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+// A trace sink that looks the registry's size up for each line.
+class InquisitiveSink {
+ public:
+  InquisitiveSink() {
+    BRQ::set_trace_sink([](const BRQ::TraceLine&) { getContainerSize(); });
+    BRQ_MODULE_INFO_zuCIM.set_trace_mask(~0U);
+  }
+  ~InquisitiveSink() {
+    BRQ_MODULE_INFO_zuCIM.set_trace_mask(0);
+    BRQ::set_trace_sink({});
+  }
+  InquisitiveSink(const InquisitiveSink&) = delete;
+  InquisitiveSink& operator=(const InquisitiveSink&) = delete;
+};
+
+TEST_F(Registry, LetsATraceSinkLookItsSizeUp) {
+  constexpr int context_count = 1000;
+  const InquisitiveSink sink;
+  std::thread maker([] {
+    const _THR_SERVER_ server = sample_server();
+    for (int made = 0; made < context_count; ++made) makeContainer(&server, 0);
+  });
+  CIMconnection connection;
+  while (getContainerSize() < context_count) connection.SetCimStatus_FL(0, "t", "x", 1);
+  maker.join();
+  EXPECT_EQ(getContainerSize(), context_count);
 }
 
 }  // namespace

@@ -19,18 +19,3 @@ inline void remove_context(unsigned position) {
   zuCIM::getContainer(position)->~CIMcontainer();
   zuCIM::gCIMContainers.erase(position);
 }
-
-// Empties the registry at its beginning and at its end.
-class EmptyRegistry {
- public:
-  EmptyRegistry() { clear(); }
-  ~EmptyRegistry() { clear(); }
-  EmptyRegistry(const EmptyRegistry&) = delete;
-  EmptyRegistry& operator=(const EmptyRegistry&) = delete;
-
- private:
-  static void clear() {
-    while (zuCIM::getContainerSize() > 0) remove_context(0);
-    zuCIM::gCIMContainers.setmaxargc(0);
-  }
-};

@@ -36,7 +36,8 @@ TEST_F(StatusRecord, KeepsTheFirstCodeAndTracesBoth) {
 
 TEST_F(StatusRecord, TracesCodeZeroAndRecordsNothing) {
   EXPECT_EQ(connection_.SetCimStatus_FL(0, nullptr, "x", 1), 0);
-  EXPECT_THAT(traces_.texts(), ElementsAre("[far] SetCimStatus: x@1  ErrCode:0 No error"));
+  EXPECT_EQ(traces_.count(warning, source, "[far] SetCimStatus: x@1  ErrCode:0 No error"), 1);
+  EXPECT_EQ(traces_.lines().size(), 1U);
   connection_.cimStatus = 6;
   EXPECT_EQ(connection_.SetCimStatus_FL(0, "t", "x", 1), 6);
 }
@@ -52,14 +53,16 @@ TEST_F(StatusRecord, NamesCodesThatLibcurlDoesNotKnow) {
   for (const int code : {5000, -1, 2147483647}) {
     traces_.clear();
     connection_.SetCimStatus_FL(code, nullptr, "x", 1);
-    EXPECT_EQ(traces_.texts().back(),
-              "[far] SetCimStatus: x@1  ErrCode:" + std::to_string(code) + " Unknown error");
+    EXPECT_EQ(traces_.count(
+                  warning, source,
+                  "[far] SetCimStatus: x@1  ErrCode:" + std::to_string(code) + " Unknown error"),
+              1);
   }
 }
 
 TEST_F(StatusRecord, LeavesGivenTextsAsTheyAre) {
   connection_.SetCimStatus_FL(6, "a\r\nb\xC3\xA4", "x", 1);
-  EXPECT_EQ(traces_.texts().back(), "[far] SetCimStatus: x@1  ErrCode:6 a\r\nb\xC3\xA4");
+  EXPECT_EQ(traces_.count(warning, source, "[far] SetCimStatus: x@1  ErrCode:6 a\r\nb\xC3\xA4"), 1);
 }
 
 TEST_F(StatusRecord, WritesNothingWhenTheLevelIsOff) {
@@ -72,13 +75,15 @@ TEST_F(StatusRecord, WritesNothingWhenTheLevelIsOff) {
 TEST_F(StatusRecord, CarriesTheLineOfTheCallWithinTheUnit) {
   const int line = __LINE__ + 1;
   record(connection_, 6, "t");
-  EXPECT_EQ(traces_.texts().back(),
-            "[far] SetCimStatus: CIMconnection@" + std::to_string(line) + "  ErrCode:6 t");
+  EXPECT_EQ(
+      traces_.count(warning, source,
+                    "[far] SetCimStatus: CIMconnection@" + std::to_string(line) + "  ErrCode:6 t"),
+      1);
 }
 
 TEST_F(StatusRecord, TakesAMissingFileForAnEmptyName) {
   connection_.SetCimStatus_FL(6, "t", nullptr, 1);
-  EXPECT_EQ(traces_.texts().back(), "[far] SetCimStatus: @1  ErrCode:6 t");
+  EXPECT_EQ(traces_.count(warning, source, "[far] SetCimStatus: @1  ErrCode:6 t"), 1);
 }
 
 TEST_F(StatusRecord, DumpsTheExchange) {

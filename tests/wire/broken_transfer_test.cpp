@@ -4,8 +4,10 @@
 
 #include <chrono>
 
+#include "support/hosts_table.h"
 #include "support/http_answer.h"
 #include "support/trace_recorder.h"
+#include "support/transfer_time_limit.h"
 #include "wire/stepping_clock.h"
 #include "wire/wire_client.h"
 #include "zuCIM/indication.h"
@@ -19,6 +21,7 @@ using testing::AnyOf;
 using testing::Contains;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using namespace std::chrono_literals;
 
 constexpr unsigned warning = 4;
@@ -36,16 +39,25 @@ TEST(BrokenTransfer, ToAPortWhereNobodyListens) {
 }
 
 TEST(BrokenTransfer, ToANameThatIsUnknown) {
-  WireClient client("no such host", "5988");
-  EXPECT_NE(client.exchange(), 0);
+  const HostsTable hosts;
+  WireClient client("unknown.test", "5988");
+  TraceRecorder traces(warning);
+  EXPECT_EQ(client.exchange(), 6);
   EXPECT_EQ(client.infoFlags, 0U);
+  EXPECT_THAT(hosts.resolved_names(), Contains("unknown.test"));
+  EXPECT_THAT(traces.texts(),
+              Contains(MatchesRegex("\\[unknown.test\\] SetCimStatus: CIMconnection@[0-9]+  "
+                                    "ErrCode:6 Couldn't resolve host name")));
 }
 
 TEST(BrokenTransfer, WithAPortThatIsNone) {
-  for (const char* port : {"port", "99999999", "-1", "5988/x?"}) {
+  for (const char* port : {"port", "99999999", "-1"}) {
     WireClient client("127.0.0.2", port);
-    EXPECT_NE(client.exchange(), 0) << port;
+    EXPECT_EQ(client.exchange(), 3) << port;
   }
+  // What follows the number belongs to the path.
+  WireClient client("127.0.0.2", std::to_string(unused_port()) + "/x?");
+  EXPECT_EQ(client.exchange(), 7);
 }
 
 TEST(BrokenTransfer, ClosedWithoutAnAnswer) {
@@ -86,6 +98,8 @@ TEST(BrokenTransfer, ResetMidway) {
 
 TEST(BrokenTransfer, CutAtEveryByteOfAnAnswerWithALength) {
   const std::string answer = http_answer(good_document);
+  const std::size_t status_line_size = answer.find("\r\n") + 2;
+  const std::size_t head_size = answer.size() - good_document.size();
   Scripts scripts;
   for (std::size_t length = 0; length < answer.size(); ++length)
     scripts.in_order.push_back(answer_with(answer.substr(0, length)));
@@ -94,7 +108,9 @@ TEST(BrokenTransfer, CutAtEveryByteOfAnAnswerWithALength) {
   for (std::size_t length = 0; length < answer.size(); ++length) {
     client.extraTimeOut = -100;
     TraceRecorder traces(warning);
-    EXPECT_NE(client.exchange(), 0) << length;
+    // What counts is whether the status line and the line with the length are whole.
+    const int expected = length < status_line_size ? 52 : length < head_size - 2 ? 5001 : 18;
+    EXPECT_EQ(client.exchange(), expected) << length;
     EXPECT_FALSE(traces.lines().empty());
   }
   EXPECT_EQ(server.connection_count(), answer.size());
@@ -153,23 +169,28 @@ TEST(BrokenTransfer, WithAWrongLength) {
   }
 }
 
+struct AnswerCase {
+  std::string answer;
+  int status;
+};
+
 TEST(BrokenTransfer, ThatIsNoHttp) {
-  const std::string answers[] = {
-      "garbage\r\n\r\n",
-      "\r\n\r\n\r\n",
-      "SSH-2.0-OpenSSH_9.2\r\n",
-      std::string(100000, 'x'),
-      std::string(100, '\0'),
-      "HTTP/9.9 ???\r\n\r\n",
-      "HTTP/1.1 abc\r\n\r\n" + good_document,
-      std::string("HTTP/1.1 200 OK\r\nA\0B: c\r\n\r\n", 28) + good_document,
-      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n" + good_document,
+  const AnswerCase cases[] = {
+      {"garbage\r\n\r\n", 1},
+      {"\r\n\r\n\r\n", 1},
+      {"SSH-2.0-OpenSSH_9.2\r\n", 1},
+      {std::string(100000, 'x'), 1},
+      {std::string(100, '\0'), 1},
+      {"HTTP/9.9 ???\r\n\r\n", 1},
+      {"HTTP/1.1 abc\r\n\r\n" + good_document, 1},
+      {std::string("HTTP/1.1 200 OK\r\nA\0B: c\r\n\r\n", 27) + good_document, 8},
+      {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n" + good_document, 56},
   };
-  for (const std::string& answer : answers) {
-    const ScriptedServer server(answer_with(answer));
+  for (const AnswerCase& entry : cases) {
+    const ScriptedServer server(answer_with(entry.answer));
     WireClient client(server);
     TraceRecorder traces(warning);
-    EXPECT_NE(client.exchange(), 0) << answer.substr(0, 40);
+    EXPECT_EQ(client.exchange(), entry.status) << entry.answer.substr(0, 40);
     EXPECT_FALSE(traces.lines().empty());
   }
 }
@@ -178,7 +199,20 @@ TEST(BrokenTransfer, WithAHeaderWithoutEnd) {
   const ScriptedServer server(
       answer_with("HTTP/1.1 200 OK\r\nA: " + std::string(1000000, 'a') + "\r\n\r\n"));
   WireClient client(server);
-  EXPECT_NE(client.exchange(), 0);
+  EXPECT_EQ(client.exchange(), 27);
+}
+
+// The watch takes this for a complete download and never ends it.
+TEST(BrokenTransfer, ThatIsAnsweredBeforeItIsSentWhole) {
+  const WakeUp end;
+  const ScriptedServer server({script::ReadUntil{"\r\n\r\n"},
+                               script::Send{http_answer(good_document)},
+                               script::WaitForEvent{&end}});
+  WireClient client(server);
+  client.request.assign(20000000, 'x');
+  const TransferTimeLimit limit(2);
+  EXPECT_EQ(client.exchange(), 28);
+  EXPECT_EQ(client.responseBody, good_document);
 }
 
 struct TimeoutCase {

@@ -1,8 +1,13 @@
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
+#include "support/failing_allocator.h"
 #include "support/http_answer.h"
 #include "support/trace_recorder.h"
+#include "support/transfer_time_limit.h"
 #include "wire/wire_client.h"
 #include "zuCIM/container.h"
 #include "zuCIM/vocabulary.h"
@@ -180,6 +185,73 @@ TEST(Exchange, WorksWithADuplicatedHandle) {
   copy.request = "<second/>";
   EXPECT_EQ(copy.sendRequest_recvResponse("M", "o"), 0);
   EXPECT_EQ(body_of(server.requests().back()), "<second/>");
+}
+
+TEST(Exchange, LeavesNothingOfItselfInTheHandle) {
+  const ScriptedServer server(always_answer(http_answer(good_document)));
+  auto client = std::make_unique<WireClient>(server);
+  EXPECT_EQ(client->exchange(), 0);
+  const CIMconnection copy(*client);
+  client.reset();
+  // There is nowhere to put the answer.
+  EXPECT_EQ(curl_easy_perform(copy.curl), CURLE_WRITE_ERROR);
+  ASSERT_TRUE(server.wait_for_requests(2));
+  EXPECT_THAT(server.requests().back(), Not(HasSubstr("CIMMethod")));
+  EXPECT_EQ(body_of(server.requests().back()), "");
+}
+
+TEST(Exchange, RefusesControlCharactersInItsHeaders) {
+  const ScriptedServer server(always_answer(http_answer(good_document)));
+  WireClient client(server);
+  const std::string bad_texts[] = {"a\r\nX: y", "a\nb", "\r", "\t", "a\x01", "\x1F", "\x7F"};
+  for (const std::string& bad : bad_texts)
+    for (const bool is_method : {true, false}) {
+      TraceRecorder traces(warning);
+      EXPECT_EQ(client.sendRequest_recvResponse(is_method ? bad.c_str() : "M",
+                                                is_method ? "o" : bad.c_str()),
+                1001);
+      EXPECT_THAT(traces.texts().back(),
+                  EndsWith("  ErrCode:1001 sendRequest_recvResponse: control character in method "
+                           "or object"));
+    }
+  EXPECT_EQ(server.connection_count(), 0U);
+  EXPECT_EQ(client.sendRequest_recvResponse("\xC3\xA4~", " !"), 0);
+}
+
+TEST(Exchange, LimitsItsTimeLooselyInLibcurlToo) {
+  const ScriptedServer server(always_answer(http_answer(good_document)));
+  WireClient client(server);
+  const TransferTimeLimit limit(20);
+  EXPECT_EQ(client.exchange(), 0);
+  EXPECT_EQ(limit.asked_for(), 90);
+  EXPECT_EQ(client.exchange(), 0);
+  EXPECT_EQ(limit.asked_for(), 240);
+}
+
+TEST(Exchange, SurvivesEveryShortageOfMemory) {
+  constexpr unsigned error_level = 0x40000000;
+  const ScriptedServer server(always_answer(http_answer(good_document)));
+  WireClient client(server);
+  std::set<int> statuses;
+  for_each_failing_allocation(
+      [&](AllocationFailure& failure) {
+        client.responseHeader = client.responseBody = std::string();
+        client.responseHeader.shrink_to_fit();
+        client.responseBody.shrink_to_fit();
+        const TraceRecorder traces(error_level);
+        failure.arm();
+        const int status = client.exchange();
+        failure.disarm();
+        statuses.insert(status);
+        EXPECT_EQ(status == 0, !failure.happened());
+        EXPECT_EQ(traces.count(error_level, source,
+                               "sendRequest_recvResponse: Exception raised: std::bad_alloc"),
+                  status == 1001 ? 1 : 0);
+        EXPECT_EQ(client.exchange(), 0);
+      },
+      AllocationKind::cpp);
+  // 23 is a data callback that could not take the data.
+  EXPECT_THAT(statuses, testing::IsSupersetOf({0, 23, 1001}));
 }
 
 TEST(Exchange, UsesTheExtraTimeUp) {
