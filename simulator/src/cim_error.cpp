@@ -18,8 +18,18 @@ const char* status_name(CimStatus status) {
       return "CIM_ERR_NOT_FOUND";
     case CimStatus::not_supported:
       return "CIM_ERR_NOT_SUPPORTED";
+    case CimStatus::class_has_children:
+      return "CIM_ERR_CLASS_HAS_CHILDREN";
+    case CimStatus::class_has_instances:
+      return "CIM_ERR_CLASS_HAS_INSTANCES";
+    case CimStatus::invalid_superclass:
+      return "CIM_ERR_INVALID_SUPERCLASS";
+    case CimStatus::already_exists:
+      return "CIM_ERR_ALREADY_EXISTS";
     case CimStatus::no_such_property:
       return "CIM_ERR_NO_SUCH_PROPERTY";
+    case CimStatus::type_mismatch:
+      return "CIM_ERR_TYPE_MISMATCH";
     case CimStatus::query_language_not_supported:
       return "CIM_ERR_QUERY_LANGUAGE_NOT_SUPPORTED";
     case CimStatus::invalid_query:

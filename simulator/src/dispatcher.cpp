@@ -1,8 +1,12 @@
 #include "dispatcher.h"
 
+#include <algorithm>
 #include <array>
+#include <mutex>
+#include <shared_mutex>
 #include <string_view>
 
+#include "methods/invocation.h"
 #include "operations/operations.h"
 #include "xml_reader.h"
 
@@ -10,23 +14,30 @@ namespace simulator {
 
 namespace {
 
+template <typename Context>
 struct Operation {
   std::string_view name;
-  void (*work)(const OperationContext& context, std::string& out);
+  void (*work)(const Context& context, std::string& out);
 };
 
-constexpr std::array operations{Operation{"GetClass", get_class},
-                                Operation{"EnumerateClasses", enumerate_classes},
-                                Operation{"EnumerateClassNames", enumerate_class_names},
-                                Operation{"GetInstance", get_instance},
-                                Operation{"EnumerateInstances", enumerate_instances},
-                                Operation{"EnumerateInstanceNames", enumerate_instance_names}};
+constexpr std::array reading_operations{
+    Operation<OperationContext>{"GetClass", get_class},
+    Operation<OperationContext>{"EnumerateClasses", enumerate_classes},
+    Operation<OperationContext>{"EnumerateClassNames", enumerate_class_names},
+    Operation<OperationContext>{"GetInstance", get_instance},
+    Operation<OperationContext>{"EnumerateInstances", enumerate_instances},
+    Operation<OperationContext>{"EnumerateInstanceNames", enumerate_instance_names}};
 
-const Operation& find_operation(const std::string& name) {
-  for (const Operation& each : operations) {
-    if (each.name == name) return each;
-  }
-  throw CimError(CimStatus::not_supported, name);
+constexpr std::array changing_operations{
+    Operation<ChangeContext>{"CreateInstance", create_instance},
+    Operation<ChangeContext>{"ModifyInstance", modify_instance},
+    Operation<ChangeContext>{"DeleteInstance", delete_instance}};
+
+template <typename Operations>
+auto find_operation(const Operations& operations, const std::string& name) {
+  const auto found = std::find_if(operations.begin(), operations.end(),
+                                  [&](const auto& each) { return each.name == name; });
+  return found == operations.end() ? nullptr : found->work;
 }
 
 }  // namespace
@@ -35,11 +46,17 @@ std::string Dispatcher::answer(const RequestMessage& message) const {
   std::string out = response_start(message);
   const std::size_t content = out.size();
   try {
-    if (!message.intrinsic) refuse_extrinsic(message);
-    append_return_value(message, out);
+    if (message.intrinsic) {
+      append_return_value(message, out);
+    } else {
+      call_method(message, out);
+    }
   } catch (const CimError& error) {
     out.resize(content);
     out += error_element(error);
+  } catch (const DeclarationError& error) {
+    out.resize(content);
+    out += error_element(CimError(CimStatus::invalid_parameter, error.what()));
   } catch (const FormatError& error) {
     throw ProtocolError(400, "request-not-valid", error.what());
   }
@@ -49,13 +66,10 @@ std::string Dispatcher::answer(const RequestMessage& message) const {
 
 // An operation that returns nothing has no IRETURNVALUE.
 void Dispatcher::append_return_value(const RequestMessage& message, std::string& out) const {
-  const Operation& operation = find_operation(message.method);
-  const Namespace& name_space = require_namespace(message.name_space);
-  Parameters parameters(message.call);
   const std::size_t before = out.size();
   out += "<IRETURNVALUE>\n";
   const std::size_t start = out.size();
-  operation.work({name_space, parameters, style_}, out);
+  work(message, out);
   if (out.size() == start) {
     out.resize(before);
   } else {
@@ -63,19 +77,31 @@ void Dispatcher::append_return_value(const RequestMessage& message, std::string&
   }
 }
 
-// The inventory declares methods, but nothing here can carry them out.
-void Dispatcher::refuse_extrinsic(const RequestMessage& message) const {
-  const Class* type = require_namespace(message.name_space).find_class(message.class_name);
-  if (type == nullptr) throw CimError(CimStatus::invalid_class, message.class_name);
-  const std::string name = type->name + "." + message.method;
-  if (type->find_method(message.method) == nullptr) {
-    throw CimError(CimStatus::method_not_found, name);
+void Dispatcher::work(const RequestMessage& message, std::string& out) const {
+  const auto reading = find_operation(reading_operations, message.method);
+  const auto changing = find_operation(changing_operations, message.method);
+  if (reading == nullptr && changing == nullptr) {
+    throw CimError(CimStatus::not_supported, message.method);
   }
-  throw CimError(CimStatus::method_not_available, name);
+  Namespace& name_space = require_namespace(message.name_space);
+  Parameters parameters(message.call);
+  if (reading != nullptr) {
+    const std::shared_lock lock(mutex_);
+    reading({name_space, parameters, style_}, out);
+  } else {
+    const std::lock_guard lock(mutex_);
+    changing({name_space, parameters}, out);
+  }
 }
 
-const Namespace& Dispatcher::require_namespace(const std::string& name) const {
-  const Namespace* name_space = repository_.find(name);
+void Dispatcher::call_method(const RequestMessage& message, std::string& out) const {
+  Namespace& name_space = require_namespace(message.name_space);
+  const std::lock_guard lock(mutex_);
+  invoke(message, name_space, out);
+}
+
+Namespace& Dispatcher::require_namespace(const std::string& name) const {
+  Namespace* name_space = repository_.find(name);
   if (name_space == nullptr) throw CimError(CimStatus::invalid_namespace, name);
   return *name_space;
 }

@@ -2,16 +2,18 @@
 
 #include <string>
 
+#include "fair_shared_mutex.h"
 #include "protocol.h"
 #include "repository.h"
 #include "xml_writer.h"
 
 namespace simulator {
 
-// Works on requests: finds the operation that a message calls and frames what it answers.
+// Works on requests: finds the operation that a message calls and frames what it answers. Any
+// number of threads may ask at the same time; a change keeps all others out.
 class Dispatcher {
  public:
-  Dispatcher(const Repository& repository, const WireStyle& style)
+  Dispatcher(Repository& repository, const WireStyle& style)
       : repository_(repository), style_(style) {}
 
   // The response message. Errors of the operation are in it; errors of the protocol are thrown.
@@ -19,11 +21,13 @@ class Dispatcher {
 
  private:
   void append_return_value(const RequestMessage& message, std::string& out) const;
-  [[noreturn]] void refuse_extrinsic(const RequestMessage& message) const;
-  const Namespace& require_namespace(const std::string& name) const;
+  void call_method(const RequestMessage& message, std::string& out) const;
+  void work(const RequestMessage& message, std::string& out) const;
+  Namespace& require_namespace(const std::string& name) const;
 
-  const Repository& repository_;
+  Repository& repository_;
   WireStyle style_;
+  mutable FairSharedMutex mutex_;  // of the repository
 };
 
 }  // namespace simulator

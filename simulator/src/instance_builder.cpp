@@ -34,8 +34,10 @@ bool fits_type(const std::string& type, const Value& value) {
   return true;
 }
 
-void check(const Class& type, const Property& property,
-           const InstanceDeclaration::NamedValue& given) {
+}  // namespace
+
+void check_value(const Class& type, const Property& property,
+                 const InstanceDeclaration::NamedValue& given) {
   const std::string what = type.name + "." + property.name;
   if (!given.type.empty() && given.type != property.type) {
     throw DeclarationError(what + " is " + property.type + ", not " + given.type);
@@ -48,7 +50,9 @@ void check(const Class& type, const Property& property,
   }
 }
 
-}  // namespace
+bool fits(const std::string& type, Shape shape, const Value& value) {
+  return fits_shape(shape, value) && fits_type(type, value);
+}
 
 std::unique_ptr<Instance> build_instance(const Class& type, InstanceDeclaration declaration) {
   auto instance = std::make_unique<Instance>();
@@ -60,10 +64,8 @@ std::unique_ptr<Instance> build_instance(const Class& type, InstanceDeclaration 
   for (auto& given : declaration.values) {
     const auto position = type.find_property(given.name);
     if (!position) throw DeclarationError(type.name + " has no property " + given.name);
-    check(type, type.properties[*position], given);
-    const bool is_null = given.value.is_null();
-    instance->values[*position] =
-        is_null ? nullptr : std::make_shared<Value>(std::move(given.value));
+    check_value(type, type.properties[*position], given);
+    instance->assign(*position, std::move(given.value));
   }
   return instance;
 }

@@ -11,4 +11,12 @@ namespace simulator {
 // is not given. Throws DeclarationError where they do not fit.
 std::unique_ptr<Instance> build_instance(const Class& type, InstanceDeclaration declaration);
 
+// Checks a value that is given for a property against what the class says of it.
+// Throws DeclarationError where they do not fit.
+void check_value(const Class& type, const Property& property,
+                 const InstanceDeclaration::NamedValue& given);
+
+// Whether a value, which may be null, is of the type and shape of a property or parameter.
+bool fits(const std::string& type, Shape shape, const Value& value);
+
 }  // namespace simulator

@@ -1,6 +1,7 @@
 #include "model.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "names.h"
 #include "value_check.h"
@@ -34,6 +35,10 @@ bool Class::is_a(const Class& other) const {
     if (each == &other) return true;
   }
   return false;
+}
+
+void Instance::assign(std::size_t position, Value value) {
+  values[position] = value.is_null() ? nullptr : std::make_shared<Value>(std::move(value));
 }
 
 const Qualifier* find_qualifier(const std::vector<Qualifier>& qualifiers, std::string_view name) {

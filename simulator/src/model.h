@@ -122,6 +122,9 @@ struct Class {
 struct Instance {
   const Class* type = nullptr;
   std::vector<ValuePtr> values;
+
+  // Puts a value at a position.
+  void assign(std::size_t position, Value value);
 };
 
 // The qualifier of that name, or null.

@@ -48,6 +48,14 @@ bool InstanceSet::add(std::unique_ptr<Instance> instance, const std::string& key
   return true;
 }
 
+void InstanceSet::remove(const std::string& keys) {
+  const auto found = by_keys_.find(keys);
+  if (found == by_keys_.end()) return;
+  const Instance* gone = found->second;
+  by_keys_.erase(found);
+  std::erase_if(instances_, [gone](const auto& each) { return each.get() == gone; });
+}
+
 void InstanceSet::reserve(std::size_t count) {
   instances_.reserve(count);
   by_keys_.reserve(count);
@@ -131,6 +139,19 @@ const Instance* Namespace::find_instance(const Class& type, const InstanceName& 
   return instances_of(type).find(keys);
 }
 
+Instance* Namespace::find_instance(const Class& type, const InstanceName& name) {
+  return const_cast<Instance*>(std::as_const(*this).find_instance(type, name));
+}
+
+void Namespace::remove_instance(const Instance& instance) {
+  instances_[instance.type].remove(canonical_keys(instance));
+}
+
+bool Namespace::is_same(const Property& property, const Value& left, const Value& right) const {
+  return left.content.index() == right.content.index() &&
+         canonical(property, left) == canonical(property, right);
+}
+
 std::string Namespace::canonical_keys(const Instance& instance) const {
   std::string keys;
   for (const std::size_t position : instance.type->keys) {
@@ -148,7 +169,13 @@ std::string Namespace::canonical_keys(const Instance& instance) const {
 std::string Namespace::canonical(const Property& property, const Value& value) const {
   if (const ReferencePtr* reference = value.reference()) return canonical(**reference);
   if (const std::string* text = value.text()) return normalised(property.type, *text);
-  return {};
+  std::string result;
+  if (const TextArray* array = value.array()) {
+    for (const auto& each : *array) {
+      append_field(result, each ? '=' + normalised(property.type, *each) : std::string());
+    }
+  }
+  return result;
 }
 
 // A reference without a namespace points into this one; the host is not compared, since every

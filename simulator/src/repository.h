@@ -28,6 +28,9 @@ class InstanceSet {
   // The instance with these keys (see Namespace::canonical_keys), or null.
   const Instance* find(const std::string& keys) const;
 
+  // Forgets the instance with these keys; the others keep their order.
+  void remove(const std::string& keys);
+
   // Takes the instance, unless there is one with the same keys: then false.
   bool add(std::unique_ptr<Instance> instance, const std::string& keys);
 
@@ -61,7 +64,8 @@ class Namespace {
   // The instances of exactly this class.
   const InstanceSet& instances_of(const Class& type) const;
 
-  // Adds an instance whose values are complete.
+  // Adds an instance whose values are complete, with keys that no other has.
+  // Throws DeclarationError.
   void add_instance(std::unique_ptr<Instance> instance);
 
   void reserve_instances(const Class& type, std::size_t count);
@@ -69,6 +73,13 @@ class Namespace {
   // The instance that a path names, or null. A path whose bindings are not exactly the keys of
   // the class is refused with CimError.
   const Instance* find_instance(const Class& type, const InstanceName& name) const;
+  Instance* find_instance(const Class& type, const InstanceName& name);
+
+  // Forgets an instance of this namespace.
+  void remove_instance(const Instance& instance);
+
+  // Whether two values of a property mean the same.
+  bool is_same(const Property& property, const Value& left, const Value& right) const;
 
  private:
   std::string canonical_keys(const Instance& instance) const;

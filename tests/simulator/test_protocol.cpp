@@ -177,7 +177,14 @@ TEST_F(Protocol, OperationsAnswerWithTheCodesOfTheStandard) {
       {"EnumerateInstanceNames", sensor + boolean_parameter("LocalOnly", "true"), 4},
       {"EnumerateInstances", sensor + boolean_parameter("LocalOnly", "perhaps"), 4},
       {"EnumerateInstances", sensor + boolean_parameter("PropertyList", "Name"), 4},
-      {"DeleteInstance", instance_parameter("HOST_RecordLog", {{"InstanceID", "x"}}), 7},
+      {"Associators", "", 7},
+      {"AssociatorNames", "", 7},
+      {"References", "", 7},
+      {"ReferenceNames", "", 7},
+      {"GetQualifier", "", 7},
+      {"SetQualifier", "", 7},
+      {"DeleteQualifier", "", 7},
+      {"EnumerateQualifiers", "", 7},
       {"NoSuchOperation", "", 7},
   };
   for (const RefusedCall& each : cases) {

@@ -1,5 +1,7 @@
 #include "common.h"
 
+#include <utility>
+
 namespace simulator {
 
 namespace {
@@ -22,6 +24,34 @@ const Class& require_class(const Namespace& name_space, const std::string& class
   const Class* type = name_space.find_class(class_name);
   if (type == nullptr) throw CimError(otherwise, class_name);
   return *type;
+}
+
+const Instance& require_instance(const Namespace& name_space, const InstanceName& name) {
+  const Class& type = require_class(name_space, name.class_name, CimStatus::invalid_class);
+  const Instance* instance = name_space.find_instance(type, name);
+  if (instance == nullptr) {
+    throw CimError(CimStatus::not_found, "no such instance of " + type.name);
+  }
+  return *instance;
+}
+
+Instance& require_instance(Namespace& name_space, const InstanceName& name) {
+  return const_cast<Instance&>(require_instance(std::as_const(name_space), name));
+}
+
+void check_change(const Namespace& name_space, const Instance& instance, std::size_t position,
+                  const Value& changed) {
+  const Property& property = instance.type->properties[position];
+  const ValuePtr& current = instance.values[position];
+  if (name_space.is_same(property, current ? *current : Value{}, changed)) return;
+  const std::string what = instance.type->name + '.' + property.name;
+  if (has_qualifier(property.qualifiers, "Key")) {
+    throw CimError(CimStatus::invalid_parameter, what + " is a key and cannot change");
+  }
+  const Qualifier* write = find_qualifier(property.qualifiers, "Write");
+  if (write != nullptr && !has_qualifier(property.qualifiers, "Write")) {
+    throw CimError(CimStatus::access_denied, what + " is read-only");
+  }
 }
 
 std::vector<const Class*> with_subclasses(const Namespace& name_space, const Class& type) {

@@ -13,6 +13,15 @@ namespace simulator {
 const Class& require_class(const Namespace& name_space, const std::string& class_name,
                            CimStatus otherwise);
 
+// The instance that a path names, or CimError.
+const Instance& require_instance(const Namespace& name_space, const InstanceName& name);
+Instance& require_instance(Namespace& name_space, const InstanceName& name);
+
+// Refuses to put a value in the place of another in an instance, if it is another and the property
+// is a key or read-only (a qualifier says Write = false; without that qualifier it can be written).
+void check_change(const Namespace& name_space, const Instance& instance, std::size_t position,
+                  const Value& changed);
+
 // The class and all its subclasses.
 std::vector<const Class*> with_subclasses(const Namespace& name_space, const Class& type);
 

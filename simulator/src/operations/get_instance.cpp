@@ -9,13 +9,10 @@ void get_instance(const OperationContext& context, std::string& out) {
   const PropertyList list = context.parameters.property_list("PropertyList");
   context.parameters.refuse_others();
 
-  const Class& type = require_class(context.name_space, name.class_name, CimStatus::invalid_class);
-  const Instance* instance = context.name_space.find_instance(type, name);
-  if (instance == nullptr) {
-    throw CimError(CimStatus::not_found, "no such instance of " + type.name);
-  }
+  const Instance& instance = require_instance(context.name_space, name);
+  const Class& type = *instance.type;
   const InstanceView view{type, local_only, true, list};
-  InstanceWriter(type, view.properties_of(type), detail).append(out, *instance);
+  InstanceWriter(type, view.properties_of(type), detail).append(out, instance);
 }
 
 }  // namespace simulator

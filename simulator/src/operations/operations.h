@@ -16,6 +16,12 @@ struct OperationContext {
   WireStyle style;
 };
 
+// What an operation works on that changes a namespace.
+struct ChangeContext {
+  Namespace& name_space;
+  Parameters& parameters;
+};
+
 // Each operation appends the content of its IRETURNVALUE, or throws CimError.
 void get_class(const OperationContext& context, std::string& out);
 void enumerate_classes(const OperationContext& context, std::string& out);
@@ -23,5 +29,8 @@ void enumerate_class_names(const OperationContext& context, std::string& out);
 void get_instance(const OperationContext& context, std::string& out);
 void enumerate_instances(const OperationContext& context, std::string& out);
 void enumerate_instance_names(const OperationContext& context, std::string& out);
+void create_instance(const ChangeContext& context, std::string& out);
+void modify_instance(const ChangeContext& context, std::string& out);
+void delete_instance(const ChangeContext& context, std::string& out);
 
 }  // namespace simulator
