@@ -224,7 +224,7 @@ TEST_F(Registry, GivesAnIndexEvenWhenTheContextCannotBeAppended) {
 
 TEST_F(Registry, LetsThreadsMakeAndFindContextsAtOnce) {
   constexpr unsigned thread_count = 4;
-  constexpr unsigned contexts_each = 50;
+  constexpr unsigned contexts_each = 500;
   std::vector<std::vector<std::uint32_t>> indices(thread_count);
   std::vector<std::thread> threads;
   std::atomic<int> wrong{0};
