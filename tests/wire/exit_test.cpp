@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <future>
+#include <optional>
 #include <thread>
 
 #include "support/scripted_server.h"
@@ -28,11 +29,13 @@ struct LastAct {
 
 [[gnu::init_priority(101)]] LastAct last_act;
 
-// A server that keeps its answer back, and the thread that waits for it. Nobody takes it down.
+// A server that keeps its answer back, and the thread that waits for it. Nobody destroys it as a
+// whole.
 struct Scene {
   WakeUp may_answer;
-  ScriptedServer server{{script::ReadRequest{}, script::WaitForEvent{&may_answer},
-                         script::Send{http_answer(good_document)}, script::Close{}}};
+  std::optional<ScriptedServer> server{
+      script::Steps{script::ReadRequest{}, script::WaitForEvent{&may_answer},
+                    script::Send{http_answer(good_document)}, script::Close{}}};
   std::promise<int> status;
 };
 Scene* scene = nullptr;
@@ -52,15 +55,16 @@ void finish_exchange() {
   std::future<int> status = scene->status.get_future();
   if (status.wait_for(std::chrono::seconds(20)) != std::future_status::ready) _exit(2);
   if (status.get() != 0) _exit(3);
+  scene->server.reset();
 }
 
 void exit_during_an_exchange() {
   scene = new Scene;
-  const std::string port = scene->server.port_text();
-  const _THR_SERVER_ server{scene->server.address().c_str(), "u", "p", port.c_str(), "", "", ""};
+  const std::string port = scene->server->port_text();
+  const _THR_SERVER_ server{scene->server->address().c_str(), "u", "p", port.c_str(), "", "", ""};
   makeContainer(&server, 0);
   std::thread(send_request, getContainer(0)).detach();
-  if (!scene->server.wait_for_requests(1)) _exit(4);
+  if (!scene->server->wait_for_requests(1)) _exit(4);
   last_act.act = &finish_exchange;
   std::exit(7);
 }
