@@ -1,5 +1,7 @@
 #include "CIMoperations/failure.h"
 
+#include <atomic>
+
 #include "BRQ/Trace.h"
 #include "zuCIM/vocabulary.h"
 
@@ -15,6 +17,14 @@ void reject_request(CIMcontainer& container, const char* text, int line) noexcep
   container.cimStatus = status::failure;
   BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source, line, "[%s] %s",
                container.host, text);
+}
+
+// A context that is not busy would refuse to release the handle and lose its status over that.
+int refuse_request(CIMcontainer& container, const char* text, int line) noexcept {
+  reject_request(container, text, line);
+  if (std::atomic_ref<bool>(container.esxiBusy).load(std::memory_order_relaxed))
+    container.releaseCurlHandle();
+  return container.ChkCimStatus();
 }
 
 void trace_error(const CIMcontainer* container, const char* function, const char* text,

@@ -10,6 +10,10 @@ namespace zuCIM {
 void reject_request(CIMcontainer& container, const char* text,
                     int line = __builtin_LINE()) noexcept;
 
+// The same for an operation that ends here: the transfer handle is released, too. Returns the
+// status.
+int refuse_request(CIMcontainer& container, const char* text, int line = __builtin_LINE()) noexcept;
+
 // Traces "[host] function() text" at the error level; a null `container` has an empty host.
 void trace_error(const CIMcontainer* container, const char* function, const char* text,
                  int line = __builtin_LINE()) noexcept;

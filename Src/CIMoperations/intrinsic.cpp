@@ -1,25 +1,11 @@
-#include "BRQ/Trace.h"
+#include "CIMoperations/entry_trace.h"
+#include "CIMoperations/optional_flags.h"
 #include "CIMoperations/sending.h"
 #include "zuCIM/container.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
 namespace {
-
-constexpr const char* trace_source = "Src/CIMoperations";
-
-// The optional parameters by their index in addOptionalParameter.
-enum : int {
-  local_only_flag,
-  include_qualifiers_flag,
-  include_class_origin_flag,
-  deep_inheritance_flag
-};
-
-void trace_entry(const CIMcontainer& container, const char* operation) {
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::progress, trace_source, "[%s] %s", container.host,
-            operation);
-}
 
 // Empties a result list of the current class. The operations do so only when their request is
 // built, since an instance name in it may lie in that very list.

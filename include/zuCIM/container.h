@@ -10,6 +10,35 @@
 
 namespace zuCIM {
 
+// One property of a new instance. An array of these ends with an entry whose name is null.
+struct _properties_ {
+  // Name of the property; null ends the array.
+  const char* name;
+  // A type id, with type::array_bit for an array.
+  std::uint32_t type;
+  // Number of values. Without the array bit at most one is sent; an entry without values and with
+  // count 0 is left out.
+  std::uint32_t count;
+  // The values as ValueToString reads them; for a reference the name of the referenced class.
+  const void* values;
+  // For a reference: the INSTANCENAME tree of the referenced instance, owned by the caller.
+  CIMelement* reference;
+};
+
+// One parameter of an extrinsic method. An array of these ends with an entry whose name is null.
+struct _paramvalue_ {
+  // Name of the parameter; null ends the array.
+  const char* name;
+  // A type id, with type::array_bit for an array.
+  std::uint32_t type;
+  // Number of values. Without the array bit one is sent; an entry without values and with count 0
+  // is left out.
+  std::uint32_t count;
+  // The values as ValueToString reads them; for a reference the INSTANCENAME tree of the referenced
+  // instance, owned by the caller.
+  const void* values;
+};
+
 // The client context of one server: its connection, the classes that the caller works with, and the
 // operations.
 //
@@ -101,6 +130,59 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   // Reads the instance names of the current class into the entry's `instanceNames`; returns the
   // first INSTANCENAME element.
   CIMelement* Imethod_EnumerateInstanceNames() noexcept;
+
+  // Deletes the current class on the server. Returns the status.
+  int Imethod_DeleteClass() noexcept;
+  // Deletes an instance on the server. After success the element passed, made with new, is removed
+  // from its tree and freed; when it was the first of the entry's `instanceNames`, and after every
+  // failure, that list is emptied. Returns the status.
+  int Imethod_DeleteInstance(CIMelement* instance_name) noexcept;
+  // Creates the class that a CLASS element defines. Returns the status.
+  int Imethod_CreateClass(CIMelement& new_class) noexcept;
+  // Creates an instance of the current class; returns the INSTANCENAME element of the new instance,
+  // appended to the entry's `instanceNames`. That list is emptied on failure.
+  std::intptr_t Imethod_CreateInstance(const _properties_* properties) noexcept;
+  // Changes a class to what a CLASS element defines. Returns the status.
+  int Imethod_ModifyClass(CIMelement& modified_class) noexcept;
+  // Changes an instance to what an INSTANCE element says. Returns the status.
+  int Imethod_ModifyInstance(CIMelement* instance_name, CIMelement& instance,
+                             const CIMarray* property_list) noexcept;
+  // Reads the classes below the current class, or all without a class name. The answer stays in
+  // `result`. Returns the status.
+  int Imethod_EnumerateClasses(int local_only, int include_qualifiers, int include_class_origin,
+                               int deep_inheritance) noexcept;
+  // The same for the names of the classes.
+  int Imethod_EnumerateClassNames(int deep_inheritance) noexcept;
+  // Asks for all properties of the instances of a class: the query is "select * from" that class.
+  // The answer stays in `result`. Returns the status.
+  int Imethod_ExecQuery(const char* query_language, const char* class_name) noexcept;
+  // Reads one property of an instance. The answer stays in `result`. Returns the status.
+  int Imethod_GetProperty(CIMelement* instance_name, const char* property_name) noexcept;
+  // Writes one property of an instance; a null or empty value leaves the value out, which makes it
+  // null. Returns the status.
+  int Imethod_SetProperty(CIMelement* instance_name, const char* property_name,
+                          const char* new_value) noexcept;
+
+  // These operations are not implemented: they send nothing, change nothing and return 1001.
+  int Imethod_Associators() noexcept;
+  int Imethod_AssociatorNames() noexcept;
+  int Imethod_References() noexcept;
+  int Imethod_ReferenceNames() noexcept;
+  int Imethod_GetQualifier() noexcept;
+  int Imethod_SetQualifier() noexcept;
+  int Imethod_DeleteQualifier() noexcept;
+  int Imethod_EnumerateQualifiers() noexcept;
+
+  // Calls a method that the class of an instance defines. `name` must stay valid until the next
+  // request; `parameters` ends with an entry whose name is null. Returns the status: 0 when the
+  // method returned 0, else the number it returned, 1001 for an answer without one. The answer,
+  // with the out parameters, stays in `result` after success.
+  int performExtrinsicMethod(const char* name, CIMelement* instance_name,
+                             const _paramvalue_* parameters) noexcept;
+
+  // Appends the names of the server's namespaces to `names`, an array of texts. Returns 0 or the
+  // status, 5005 when nothing was found and no other status was recorded.
+  int getNameSpace(CIMarray& names) noexcept;
 
   // Moving results out of `result`, or a tree of the caller's, into the current class entry.
 

@@ -1,0 +1,103 @@
+#include "BRQ/Trace.h"
+#include "CIMoperations/entry_trace.h"
+#include "CIMoperations/failure.h"
+#include "CIMoperations/typed_value.h"
+#include "zuCIM/container.h"
+#include "zuCIM/vocabulary.h"
+
+// The intrinsic operations on single properties, the query, and those that are not implemented.
+namespace zuCIM {
+namespace {
+
+bool is_empty(const char* text) {
+  return text == nullptr || *text == '\0';
+}
+
+// Appends a parameter whose value is plain text. `tail` closes the parameter's start tag.
+void add_text_parameter(CIMcontainer& container, const char* name, const char* text,
+                        const char* tail) {
+  container.beginElement(elem::IPARAMVALUE, nullptr);
+  container.addAttribute(attr::NAME, name, tail);
+  container.addValue(text);
+  container.endElement(elem::IPARAMVALUE);
+}
+
+int not_implemented(const char* operation, int line = __builtin_LINE()) {
+  BRQ_TRACE_AT(BRQ_MODULE_INFO_zuCIM, trace_level::error, "Src/CIMoperations", line,
+               "%s: Noch nicht implementiert!", operation);
+  return status::failure;
+}
+
+}  // namespace
+
+int CIMcontainer::Imethod_ExecQuery(const char* query_language, const char* class_name) noexcept {
+  trace_entry(*this, "Imethod_ExecQuery()");
+  beginIntrinsicMethod(imethod::ExecQuery);
+  if (is_empty(query_language) || is_empty(class_name))
+    return refuse_request(*this, "ExecQuery() missing QueryLanguage/Query");
+  add_text_parameter(*this, "QueryLanguage", query_language, ">");
+  beginElement(elem::IPARAMVALUE, nullptr);
+  addAttribute(attr::NAME, "Query", ">");
+  beginElement(elem::VALUE, ">select * from ");
+  append_text(*this, class_name);
+  endElement(elem::VALUE);
+  endElement(elem::IPARAMVALUE);
+  return performIntrinsicMethod();
+}
+
+int CIMcontainer::Imethod_GetProperty(CIMelement* instance_name,
+                                      const char* property_name) noexcept {
+  trace_entry(*this, "Imethod_GetProperty()");
+  beginIntrinsicMethod(imethod::GetProperty);
+  if (is_empty(property_name))
+    return refuse_request(*this, "Imethod_GetProperty() missing PropertyName");
+  add_text_parameter(*this, "PropertyName", property_name, ">\n");
+  addInstanceNameParam(instance_name);
+  return performIntrinsicMethod();
+}
+
+int CIMcontainer::Imethod_SetProperty(CIMelement* instance_name, const char* property_name,
+                                      const char* new_value) noexcept {
+  trace_entry(*this, "Imethod_SetProperty()");
+  beginIntrinsicMethod(imethod::SetProperty);
+  if (is_empty(property_name))
+    return refuse_request(*this, "Imethod_SetProperty() missing PropertyName");
+  add_text_parameter(*this, "PropertyName", property_name, ">\n");
+  if (!is_empty(new_value)) add_text_parameter(*this, "NewValue", new_value, ">\n");
+  addInstanceNameParam(instance_name);
+  return performIntrinsicMethod();
+}
+
+int CIMcontainer::Imethod_Associators() noexcept {
+  return not_implemented("Imethod_Associators");
+}
+
+int CIMcontainer::Imethod_AssociatorNames() noexcept {
+  return not_implemented("Imethod_AssociatorNames");
+}
+
+int CIMcontainer::Imethod_References() noexcept {
+  return not_implemented("Imethod_References");
+}
+
+int CIMcontainer::Imethod_ReferenceNames() noexcept {
+  return not_implemented("Imethod_ReferenceNames");
+}
+
+int CIMcontainer::Imethod_GetQualifier() noexcept {
+  return not_implemented("Imethod_GetQualifier");
+}
+
+int CIMcontainer::Imethod_SetQualifier() noexcept {
+  return not_implemented("Imethod_SetQualifier");
+}
+
+int CIMcontainer::Imethod_DeleteQualifier() noexcept {
+  return not_implemented("Imethod_DeleteQualifier");
+}
+
+int CIMcontainer::Imethod_EnumerateQualifiers() noexcept {
+  return not_implemented("Imethod_EnumerateQualifiers");
+}
+
+}  // namespace zuCIM
