@@ -1,8 +1,5 @@
-#include <cctype>
-#include <cerrno>
 #include <cstdlib>
 #include <limits>
-#include <optional>
 
 #include "BRQ/Trace.h"
 #include "CIMoperations/failure.h"
@@ -20,7 +17,7 @@ constexpr const char* trace_source = "Src/CIMoperations";
 // A method that returns this number is taken for one that returned none.
 constexpr int no_return_value = 123456;
 
-enum class Added { complete, bad_type, reference_array };
+enum class Added { complete, bad_type, bad_reference, reference_array };
 
 // Appends the path of the instance; false when it cannot be written.
 bool add_instance_path(CIMcontainer& container, CIMelement* instance_name) {
@@ -32,15 +29,16 @@ bool add_instance_path(CIMcontainer& container, CIMelement* instance_name) {
   return true;
 }
 
-// Appends the values of a parameter that has some; false for an array of several references.
-bool add_parameter_values(CIMcontainer& container, const _paramvalue_& parameter, ValueType type) {
+// Appends the values of a parameter.
+Added add_parameter_values(CIMcontainer& container, const _paramvalue_& parameter, ValueType type) {
   const std::uint32_t count = type.is_array ? parameter.count : 1;
   if (!type.is_reference()) {
     add_typed_values(container, parameter.values, count, type.id);
-    return true;
+    return Added::complete;
   }
-  add_reference(container, static_cast<CIMelement*>(const_cast<void*>(parameter.values)));
-  return count == 1;
+  auto* const tree = static_cast<CIMelement*>(const_cast<void*>(parameter.values));
+  if (!add_reference(container, tree)) return Added::bad_reference;
+  return count == 1 ? Added::complete : Added::reference_array;
 }
 
 Added add_parameter(CIMcontainer& container, const _paramvalue_& parameter) {
@@ -52,8 +50,10 @@ Added add_parameter(CIMcontainer& container, const _paramvalue_& parameter) {
                       known_cim_types[type.id]);
   const int array = type.is_reference() ? elem::VALUE_REFARRAY : elem::VALUE_ARRAY;
   if (type.is_array) begin_line(container, array);
-  if ((has_values || !type.is_array) && !add_parameter_values(container, parameter, type))
-    return Added::reference_array;
+  if (has_values || !type.is_array) {
+    const Added added = add_parameter_values(container, parameter, type);
+    if (added != Added::complete) return added;
+  }
   if (type.is_array) container.endElement(array);
   container.endElement(elem::PARAMVALUE);
   return Added::complete;
@@ -87,7 +87,8 @@ int return_value(CIMelement& answer) {
   const CIMelement* const element = answer.findelement(elem::RETURNVALUE, 0);
   const CIMelement* const value = element != nullptr ? element->next : nullptr;
   if (value == nullptr || value->name != known_cim_elements[elem::VALUE]) return no_return_value;
-  return value->value != nullptr ? read_number(value->value) : no_return_value;
+  const bool has_text = value->value != nullptr && *value->value != '\0';
+  return has_text ? read_number(value->value) : no_return_value;
 }
 
 void trace_return_value(const CIMcontainer& container, const char* method, int number) {
@@ -128,6 +129,8 @@ int CIMcontainer::performExtrinsicMethod(const char* name, CIMelement* instance_
   const Added added = add_parameters(*this, parameters);
   if (added == Added::bad_type)
     return refuse_request(*this, "performExtrinsicMethod() bad ParamType");
+  if (added == Added::bad_reference)
+    return refuse_request(*this, "performExtrinsicMethod() bad CIMelement: reference");
   if (added == Added::reference_array) return refuse_reference_array(*this);
   endElement(elem::METHODCALL);
   endElement(elem::SIMPLEREQ);

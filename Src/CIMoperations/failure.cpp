@@ -27,6 +27,13 @@ int refuse_request(CIMcontainer& container, const char* text, int line) noexcept
   return container.ChkCimStatus();
 }
 
+void abandon_request(CIMcontainer& container, const char* function, const char* text,
+                     int line) noexcept {
+  container.request.clear();
+  container.cimStatus = status::failure;
+  trace_exception(function, text, line);
+}
+
 void trace_error(const CIMcontainer* container, const char* function, const char* text,
                  int line) noexcept {
   const char* const host = container != nullptr ? container->host.c_str() : "";

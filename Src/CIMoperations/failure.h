@@ -14,6 +14,10 @@ void reject_request(CIMcontainer& container, const char* text,
 // status.
 int refuse_request(CIMcontainer& container, const char* text, int line = __builtin_LINE()) noexcept;
 
+// Makes the request a failed one because `function` was ended by an exception, which is traced.
+void abandon_request(CIMcontainer& container, const char* function, const char* text,
+                     int line = __builtin_LINE()) noexcept;
+
 // Traces "[host] function() text" at the error level; a null `container` has an empty host.
 void trace_error(const CIMcontainer* container, const char* function, const char* text,
                  int line = __builtin_LINE()) noexcept;

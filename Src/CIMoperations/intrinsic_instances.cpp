@@ -13,14 +13,15 @@ void empty_instance_names(CIMcontainer& container) {
   if (entry != nullptr) entry->kill_element(&entry->instanceNames);
 }
 
-void add_reference_property(CIMcontainer& container, const _properties_& property,
+bool add_reference_property(CIMcontainer& container, const _properties_& property,
                             std::uint32_t count) {
   const char* const class_name = static_cast<const char*>(property.values);
   begin_typed_element(container, elem::PROPERTY_REFERENCE, property.name, attr::REFERENCECLASS,
                       class_name);
   for (std::uint32_t i = 0; class_name != nullptr && i < count; ++i)
-    add_reference(container, property.reference);
+    if (!add_reference(container, property.reference)) return false;
   container.endElement(elem::PROPERTY_REFERENCE);
+  return true;
 }
 
 void add_value_property(CIMcontainer& container, const _properties_& property, ValueType type,
@@ -33,17 +34,17 @@ void add_value_property(CIMcontainer& container, const _properties_& property, V
   container.endElement(element);
 }
 
-// Appends one property; false when its type is unknown.
-bool add_property(CIMcontainer& container, const _properties_& property) {
+// Appends one property. Returns what is wrong with it, null if nothing is.
+const char* add_property(CIMcontainer& container, const _properties_& property) {
   const ValueType type(property.type);
-  if (!type.is_known()) return false;
-  if (property.values == nullptr && property.count == 0) return true;
+  if (!type.is_known()) return "Imethod_CreateInstance() bad Type";
+  if (property.values == nullptr && property.count == 0) return nullptr;
   const std::uint32_t count = property.count > 1 && !type.is_array ? 1 : property.count;
-  if (type.is_reference())
-    add_reference_property(container, property, count);
-  else
+  if (!type.is_reference())
     add_value_property(container, property, type, count);
-  return true;
+  else if (!add_reference_property(container, property, count))
+    return "Imethod_CreateInstance() bad CIMelement: reference";
+  return nullptr;
 }
 
 // Appends the NewInstance parameter. Returns what is wrong with the properties, null if nothing is.
@@ -55,7 +56,8 @@ const char* add_new_instance(CIMcontainer& container, const _properties_* proper
   container.beginElement(elem::INSTANCE, nullptr);
   container.addAttribute(attr::CLASSNAME, entry != nullptr ? entry->className : nullptr, ">\n");
   for (; property->name != nullptr; ++property)
-    if (!add_property(container, *property)) return "Imethod_CreateInstance() bad Type";
+    if (const char* const fault = add_property(container, *property); fault != nullptr)
+      return fault;
   container.endElement(elem::INSTANCE);
   container.endElement(elem::IPARAMVALUE);
   return nullptr;

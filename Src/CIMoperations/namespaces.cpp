@@ -50,8 +50,9 @@ int CIMcontainer::getNameSpace(CIMarray& names) noexcept {
   CIMclass namespaces;
   namespaces.setClassName("CIM_Namespace", "root/interop");
   if (read_namespaces(*this, namespaces)) {
+    const std::uint32_t count = names.argc;
     const bool complete = append_names(*this, namespaces.instanceNames, names);
-    names.FreeUnused();
+    if (names.argc != count) names.FreeUnused();
     if (complete) return status::success;
   }
   if (cimStatus == status::success) cimStatus = status::no_namespace;

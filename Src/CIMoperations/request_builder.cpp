@@ -86,9 +86,7 @@ void build(CIMcontainer& container, const char* function, Append append) noexcep
   try {
     append(container.request);
   } catch (const std::exception& error) {
-    container.request.clear();
-    container.cimStatus = status::failure;
-    trace_exception(function, error.what());
+    abandon_request(container, function, error.what());
   }
 }
 

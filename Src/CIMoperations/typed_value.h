@@ -35,7 +35,8 @@ void begin_line(CIMcontainer& container, int element) noexcept;
 void add_typed_values(CIMcontainer& container, const void* values, std::uint32_t count,
                       std::uint32_t type_id) noexcept;
 
-// Appends a VALUE.REFERENCE element around `tree`.
-void add_reference(CIMcontainer& container, CIMelement* tree) noexcept;
+// Appends a VALUE.REFERENCE element around `tree`, an empty one for a null tree; false when the
+// tree cannot be written.
+[[nodiscard]] bool add_reference(CIMcontainer& container, CIMelement* tree) noexcept;
 
 }  // namespace zuCIM

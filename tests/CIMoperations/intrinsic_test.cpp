@@ -1,81 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "CIMoperations/recording_clock.h"
-#include "CIMoperations/server_context.h"
-#include "CIMoperations/tree_text.h"
-#include "support/http_answer.h"
-#include "support/scripted_server.h"
-#include "support/trace_recorder.h"
-#include "zuCIM.h"
+#include "CIMoperations/operation_test.h"
 
 namespace {
 
 using namespace zuCIM;
 
-constexpr const char* source = "Src/CIMoperations";
-
-// A context and a server that gives the answers one after the other.
-class Intrinsic : public testing::Test {
- protected:
-  void serve(const std::vector<std::string>& answers) {
-    Scripts scripts;
-    for (const std::string& answer : answers)
-      scripts.in_order.push_back(
-          {script::ReadRequest{},
-           script::Send{http_answer(answer, "HTTP/1.1 200 OK", "Connection: close\r\n")}});
-    server_ = std::make_unique<ScriptedServer>(scripts);
-    context_ = std::make_unique<ServerContext>(server_->address(), server_->port_text());
-    context_->SetExtraTimeOut(-1);
-  }
-
-  CIMclass& entry() { return *context_->currentClass; }
-
-  // What the n-th request carries between the namespace and the closing tags.
-  std::string parameters(std::size_t n = 0) {
-    const std::string body = body_of(server_->requests().at(n));
-    const std::string begin = "</LOCALNAMESPACEPATH>\n";
-    const std::size_t from = body.find(begin) + begin.size();
-    return body.substr(from, body.find("</IMETHODCALL>") - from);
-  }
-
-  std::string method(std::size_t n = 0) {
-    const std::string request = server_->requests().at(n);
-    const std::string begin = "<IMETHODCALL NAME=\"";
-    const std::size_t from = request.find(begin) + begin.size();
-    return request.substr(from, request.find('"', from) - from);
-  }
-
-  void expect_entry_trace(const std::string& operation) {
-    EXPECT_EQ(recorder_.count(trace_level::progress, source, "[127.0.0.2] " + operation), 1);
-    EXPECT_EQ(recorder_.lines().at(0).text, "[127.0.0.2] " + operation);
-  }
-
-  RecordingClock clock_;
-  TraceRecorder recorder_{~trace_level::detail};
-  std::unique_ptr<ScriptedServer> server_;
-  std::unique_ptr<ServerContext> context_;
-};
-
-const std::string class_name_parameter =
-    "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"CIM_A\"/></IPARAMVALUE>\n";
-
-std::string boolean_parameter(const std::string& name, const std::string& value) {
-  return "<IPARAMVALUE NAME=\"" + name + "\"><VALUE>" + value + "</VALUE>\n</IPARAMVALUE>\n";
-}
-
-const std::string property_list_parameter =
-    "<IPARAMVALUE NAME=\"PropertyList\">\n<VALUE.ARRAY>\n<VALUE>Name</VALUE>\n</VALUE.ARRAY>\n"
-    "</IPARAMVALUE>\n";
-
-CIMarray name_list() {
-  CIMarray names;
-  names.putargv("Name", -1, 15);
-  return names;
-}
+class Intrinsic : public OperationTest {};
 
 const std::string class_answer = return_value(
     "<CLASS NAME=\"CIM_A\">\n"
@@ -105,10 +38,6 @@ const std::string instances_answer = return_value(
     "<INSTANCENAME CLASSNAME=\"CIM_A\"/>\n"
     "<INSTANCE CLASSNAME=\"CIM_A\"/>\n"
     "</VALUE.NAMEDINSTANCE>\n");
-
-const std::string empty_answer = return_value("");
-const std::string error_answer =
-    method_answer("<ERROR CODE=\"6\" DESCRIPTION=\"CIM_ERR_NOT_FOUND\"/>\n");
 
 TEST_F(Intrinsic, GetClassReadsTheDefinition) {
   serve({class_answer});
