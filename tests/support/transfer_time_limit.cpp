@@ -46,7 +46,11 @@ long TransferTimeLimit::asked_for() const {
 #pragma GCC visibility push(default)
 extern "C" CURLcode curl_easy_setopt(CURL* handle, CURLoption option, ...) {
   va_list values;
+// libcurl's signature leaves no choice.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wvarargs"
   va_start(values, option);
+#pragma GCC diagnostic pop
   CURLcode result = CURLE_OK;
   if (option < CURLOPTTYPE_OBJECTPOINT) {
     const long value = va_arg(values, long);
