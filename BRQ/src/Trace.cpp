@@ -1,11 +1,21 @@
 #include "BRQ/Trace.h"
 
 #include <cstdio>
+#include <locale>
 #include <memory>
 #include <mutex>
 
 namespace BRQ {
 namespace {
+
+// The character facet of libstdc++, which Boost.Format asks, fills tables at their first use and
+// takes no lock. Filled while the library is loaded, they are only read when threads trace.
+[[maybe_unused]] const bool facet_is_filled = [] {
+  const auto& facet = std::use_facet<std::ctype<char>>(std::locale::classic());
+  facet.widen('a');
+  for (int c = 1; c < 256; ++c) facet.narrow(static_cast<char>(c), '\0');
+  return true;
+}();
 
 // The sink lives as long as the process, since lines may come from destructors of other statics.
 struct SinkSlot {
