@@ -26,12 +26,18 @@ constexpr std::array reading_operations{
     Operation<OperationContext>{"EnumerateClassNames", enumerate_class_names},
     Operation<OperationContext>{"GetInstance", get_instance},
     Operation<OperationContext>{"EnumerateInstances", enumerate_instances},
-    Operation<OperationContext>{"EnumerateInstanceNames", enumerate_instance_names}};
+    Operation<OperationContext>{"EnumerateInstanceNames", enumerate_instance_names},
+    Operation<OperationContext>{"GetProperty", get_property},
+    Operation<OperationContext>{"ExecQuery", exec_query}};
 
 constexpr std::array changing_operations{
+    Operation<ChangeContext>{"CreateClass", create_class},
+    Operation<ChangeContext>{"ModifyClass", modify_class},
+    Operation<ChangeContext>{"DeleteClass", delete_class},
     Operation<ChangeContext>{"CreateInstance", create_instance},
     Operation<ChangeContext>{"ModifyInstance", modify_instance},
-    Operation<ChangeContext>{"DeleteInstance", delete_instance}};
+    Operation<ChangeContext>{"DeleteInstance", delete_instance},
+    Operation<ChangeContext>{"SetProperty", set_property}};
 
 template <typename Operations>
 auto find_operation(const Operations& operations, const std::string& name) {

@@ -81,15 +81,7 @@ std::vector<const Class*> Namespace::subclasses(const Class* base, bool deep) co
 }
 
 const Class& Namespace::add_class(std::unique_ptr<Class> declared) {
-  Class* superclass = nullptr;
-  if (!declared->superclass_name.empty()) {
-    const auto found = by_name_.find(folded(declared->superclass_name));
-    if (found == by_name_.end()) {
-      throw DeclarationError(declared->name + " names the unknown superclass " +
-                             declared->superclass_name);
-    }
-    superclass = found->second;
-  }
+  Class* superclass = superclass_of(*declared);
   inherit(*declared, superclass);
   if (!by_name_.emplace(folded(declared->name), declared.get()).second) {
     throw DeclarationError(declared->name + " is declared twice in " + name_);
@@ -97,6 +89,29 @@ const Class& Namespace::add_class(std::unique_ptr<Class> declared) {
   if (superclass != nullptr) superclass->subclasses.push_back(declared.get());
   classes_.push_back(std::move(declared));
   return *classes_.back();
+}
+
+void Namespace::remove_class(const Class& type) {
+  const Class* gone = &type;
+  if (Class* superclass = superclass_of(type)) std::erase(superclass->subclasses, gone);
+  instances_.erase(gone);
+  by_name_.erase(folded(type.name));
+  std::erase_if(classes_, [gone](const auto& each) { return each.get() == gone; });
+}
+
+void Namespace::replace_class(const Class& type, std::unique_ptr<Class> declared) {
+  Class trial = *declared;
+  inherit(trial, superclass_of(trial));
+  remove_class(type);
+  add_class(std::move(declared));
+}
+
+Class* Namespace::superclass_of(const Class& declared) const {
+  if (declared.superclass_name.empty()) return nullptr;
+  const auto found = by_name_.find(folded(declared.superclass_name));
+  if (found != by_name_.end()) return found->second;
+  throw DeclarationError(declared.name + " names the unknown superclass " +
+                         declared.superclass_name);
 }
 
 const InstanceSet& Namespace::instances_of(const Class& type) const {

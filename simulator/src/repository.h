@@ -61,6 +61,13 @@ class Namespace {
   // Adds a class that holds only what its own declaration says; what it inherits is filled in.
   const Class& add_class(std::unique_ptr<Class> declared);
 
+  // Forgets a class that has neither subclasses nor instances.
+  void remove_class(const Class& type);
+
+  // Puts another declaration in the place of a class that has neither subclasses nor instances.
+  // Where the declaration cannot be taken the class stays as it is.
+  void replace_class(const Class& type, std::unique_ptr<Class> declared);
+
   // The instances of exactly this class.
   const InstanceSet& instances_of(const Class& type) const;
 
@@ -82,6 +89,9 @@ class Namespace {
   bool is_same(const Property& property, const Value& left, const Value& right) const;
 
  private:
+  // The superclass that a declaration names; null if it names none.
+  Class* superclass_of(const Class& declared) const;
+
   std::string canonical_keys(const Instance& instance) const;
   std::string canonical(const Property& property, const Value& value) const;
   std::string canonical(const Reference& reference) const;

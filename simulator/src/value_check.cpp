@@ -105,6 +105,11 @@ bool is_numeric(std::string_view type) {
   return find_integer(type) != nullptr || is_real(type);
 }
 
+bool is_type(std::string_view type) {
+  return is_numeric(type) || type == "boolean" || type == "string" || type == "datetime" ||
+         type == "char16";
+}
+
 bool is_value_of(std::string_view type, std::string_view text) {
   if (const IntegerType* integer = find_integer(type)) {
     const auto number = parse_integer(text);

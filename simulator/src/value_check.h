@@ -8,6 +8,9 @@ namespace simulator {
 // Whether the type is one of uint8 ... sint64, real32, real64.
 bool is_numeric(std::string_view type);
 
+// Whether there is a CIM type of that name (references have none).
+bool is_type(std::string_view type);
+
 // Whether a text is a proper value of a CIM type: in range, in the form the type asks for.
 bool is_value_of(std::string_view type, std::string_view text);
 

@@ -55,17 +55,6 @@ void append_reference_target(std::string& out, const Reference& reference) {
   }
 }
 
-void append_full_path(std::string& out, const Reference& reference) {
-  const std::string element = reference.is_class ? "CLASSPATH" : "INSTANCEPATH";
-  out += '<' + element + ">\n<NAMESPACEPATH>\n<HOST>";
-  append_escaped(out, reference.host);
-  out += "</HOST>\n";
-  append_namespace_path(out, reference.name_space);
-  out += "</NAMESPACEPATH>\n";
-  append_reference_target(out, reference);
-  out += "</" + element + ">\n";
-}
-
 void append_local_path(std::string& out, const Reference& reference) {
   const std::string element = reference.is_class ? "LOCALCLASSPATH" : "LOCALINSTANCEPATH";
   out += '<' + element + ">\n";
@@ -77,7 +66,7 @@ void append_local_path(std::string& out, const Reference& reference) {
 void append_reference(std::string& out, const Reference& reference) {
   out += "<VALUE.REFERENCE>\n";
   if (!reference.host.empty()) {
-    append_full_path(out, reference);
+    append_path(out, reference);
   } else if (!reference.name_space.empty()) {
     append_local_path(out, reference);
   } else {
@@ -277,6 +266,17 @@ void append_namespace_path(std::string& out, std::string_view name_space) {
     name_space.remove_prefix(slash == std::string_view::npos ? name_space.size() : slash + 1);
   }
   out += "</LOCALNAMESPACEPATH>\n";
+}
+
+void append_path(std::string& out, const Reference& reference) {
+  const std::string element = reference.is_class ? "CLASSPATH" : "INSTANCEPATH";
+  out += '<' + element + ">\n<NAMESPACEPATH>\n<HOST>";
+  append_escaped(out, reference.host);
+  out += "</HOST>\n";
+  append_namespace_path(out, reference.name_space);
+  out += "</NAMESPACEPATH>\n";
+  append_reference_target(out, reference);
+  out += "</" + element + ">\n";
 }
 
 InstanceWriter::InstanceWriter(const Class& type, const std::vector<std::size_t>& positions,

@@ -35,6 +35,9 @@ void append_class_name(std::string& out, std::string_view class_name);
 // INSTANCENAME
 void append_instance_name(std::string& out, const InstanceName& name);
 
+// INSTANCEPATH or CLASSPATH of a reference that has a namespace and a host
+void append_path(std::string& out, const Reference& reference);
+
 // LOCALNAMESPACEPATH
 void append_namespace_path(std::string& out, std::string_view name_space);
 

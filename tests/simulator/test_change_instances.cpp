@@ -266,11 +266,11 @@ TEST_F(ChangeInstances, OneNamespaceDoesNotSeeWhatHappensInAnother) {
                                   property("CreationClassName", "string", "CIM_IndicationFilter") +
                                   property("Name", "string", "f"));
   const auto names = [&](const std::string& name_space) {
-    return client
-        .call("EnumerateInstanceNames", class_parameter("CIM_IndicationFilter"), name_space)
+    return client.call("EnumerateInstanceNames", class_parameter("CIM_ManagedElement"), name_space)
         .body;
   };
   const std::string before = names("root/cimv2");
+  EXPECT_THAT(before, HasSubstr("DEMO_Note"));
   EXPECT_EQ(
       client
           .call("CreateInstance", "<IPARAMVALUE NAME=\"NewInstance\">" + filter + "</IPARAMVALUE>",

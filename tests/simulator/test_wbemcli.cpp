@@ -93,6 +93,52 @@ TEST(Wbemcli, ListsClassesAndInstancesOverHttps) {
       SimulatorProcess({"--https", "--certificate", server.certificate, "--key", server.key}));
 }
 
+// Runs an operation that changes something; wbemcli must have nothing to complain of.
+std::string change(const SimulatorProcess& simulator, const std::string& operation,
+                   const std::string& object, const std::string& values = {}) {
+  std::vector<std::string> command{"wbemcli", operation,
+                                   with_credentials(simulator.url(), "root:secret") + '/' + object};
+  if (!values.empty()) command.push_back(values);
+  const ProgramResult result = run_program(command);
+  EXPECT_EQ(result.exit_status, 0) << operation << ' ' << object;
+  EXPECT_EQ(result.err, "") << operation << ' ' << object;
+  return result.out;
+}
+
+TEST(Wbemcli, CreatesModifiesAndDeletesInstances) {
+  const SimulatorProcess simulator;
+  const std::string note = "root/cimv2:DEMO_Note.Id=5";
+  EXPECT_THAT(change(simulator, "ci", note, "Id=5,Text=\"first\",Tags=a"), HasSubstr("Id=5"));
+  EXPECT_THAT(list(simulator, "ein", "root/cimv2:DEMO_Note"), SizeIs(2));
+  EXPECT_THAT(list(simulator, "gi", note), Contains("-Text=\"first\""));
+  change(simulator, "mi", note, "Text=\"second\"");
+  EXPECT_THAT(list(simulator, "gi", note), Contains("-Text=\"second\""));
+  change(simulator, "sp", note, "Text=\"third\"");
+  EXPECT_THAT(change(simulator, "gp", note, "Text"), HasSubstr("third"));
+  EXPECT_THAT(list(simulator, "ei", "root/cimv2:DEMO_Note"), Contains("-Text=\"third\""));
+  change(simulator, "di", note);
+  EXPECT_THAT(list(simulator, "ein", "root/cimv2:DEMO_Note"), SizeIs(1));
+  EXPECT_THAT(wbemcli(simulator, "di", note).err, HasSubstr("(6) CIM_ERR_NOT_FOUND"));
+}
+
+TEST(Wbemcli, CallsMethods) {
+  const SimulatorProcess simulator;
+  const std::string service = "root/cimv2:DEMO_Service.Name=\"demo\"";
+  EXPECT_THAT(change(simulator, "cm", service, "ReturnNumber.Number=-7"), HasSubstr("-7"));
+  EXPECT_THAT(change(simulator, "cm", service, "Echo.ScalarString=\"hello\",ScalarUint8=200"),
+              testing::AllOf(HasSubstr("hello"), HasSubstr("200")));
+}
+
+TEST(Wbemcli, DeletesClassesThatNothingDependsOn) {
+  const SimulatorProcess simulator;
+  EXPECT_THAT(wbemcli(simulator, "dc", "root/cimv2:DEMO_Note").err,
+              HasSubstr("(9) CIM_ERR_CLASS_HAS_INSTANCES"));
+  change(simulator, "di", "root/cimv2:DEMO_Note.Id=1");
+  change(simulator, "dc", "root/cimv2:DEMO_Note");
+  EXPECT_THAT(class_names(simulator, "root/cimv2:CIM_ManagedElement"),
+              testing::Not(Contains("DEMO_Note")));
+}
+
 TEST(Wbemcli, ReportsTheErrorsOfTheSimulator) {
   EXPECT_THAT(wbemcli(shared_simulator(), "gc", "root/cimv2:CIM_Nonesuch").err,
               HasSubstr("(6) CIM_ERR_NOT_FOUND"));

@@ -29,8 +29,14 @@ void enumerate_class_names(const OperationContext& context, std::string& out);
 void get_instance(const OperationContext& context, std::string& out);
 void enumerate_instances(const OperationContext& context, std::string& out);
 void enumerate_instance_names(const OperationContext& context, std::string& out);
+void get_property(const OperationContext& context, std::string& out);
+void exec_query(const OperationContext& context, std::string& out);
+void create_class(const ChangeContext& context, std::string& out);
+void modify_class(const ChangeContext& context, std::string& out);
+void delete_class(const ChangeContext& context, std::string& out);
 void create_instance(const ChangeContext& context, std::string& out);
 void modify_instance(const ChangeContext& context, std::string& out);
 void delete_instance(const ChangeContext& context, std::string& out);
+void set_property(const ChangeContext& context, std::string& out);
 
 }  // namespace simulator
