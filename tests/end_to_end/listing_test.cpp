@@ -56,8 +56,7 @@ TEST_F(Listing, WorksOverHttp) {
 TEST_F(Listing, WorksOverHttpsWithAVerifiedCertificate) {
   const CertificateFiles files = make_server_certificate("listing", {std::string("IP:") + address});
   const SimulatorProcess simulator({"--address", address, "--port", "5989", "--https",
-                                                  "--certificate", files.certificate, "--key",
-                                                  files.key});
+                                    "--certificate", files.certificate, "--key", files.key});
   list_everything(*admitted_context("5989", "secret", test_certificates().authority));
 }
 
