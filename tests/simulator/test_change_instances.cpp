@@ -238,6 +238,11 @@ TEST_F(ChangeInstances, WhatCannotBeModifiedIsRefused) {
   EXPECT_EQ(call("<VALUE.NAMEDINSTANCE>" + instance_name(1) + instance_of("DEMO_Service", {}) +
                  "</VALUE.NAMEDINSTANCE>"),
             4);
+  const std::string named =
+      "<VALUE.NAMEDINSTANCE>" + instance_name(1) + note(text("x")) + "</VALUE.NAMEDINSTANCE>";
+  EXPECT_EQ(call(named + "<IPARAMVALUE NAME=\"ModifiedInstance\"><VALUE.NAMEDINSTANCE/>"
+                         "</IPARAMVALUE>"),
+            4);
   EXPECT_EQ(value_of(1, "Text"), "Change me.");
 }
 

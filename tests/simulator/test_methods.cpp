@@ -48,15 +48,18 @@ const Keys fan_keys{{"SystemCreationClassName", "HOST_HypervisorSystem"},
                     {"SystemName", "host-01.example.test"},
                     {"CreationClassName", "HOST_Fan"}};
 
+std::string message(const std::string& method, const std::string& path,
+                    const std::string& arguments = {}) {
+  return "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
+         "<SIMPLEREQ><METHODCALL NAME=\"" +
+         method + "\">" + path + arguments + "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+}
+
 class Methods : public SimulatorTest {
  protected:
   CimAnswer call(const std::string& method, const std::string& path,
                  const std::string& arguments = {}) {
-    return client.post(
-        "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
-        "<SIMPLEREQ><METHODCALL NAME=\"" +
-            method + "\">" + path + arguments + "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>",
-        {method, "root/cimv2", {}});
+    return client.post(message(method, path, arguments), {method, "root/cimv2", {}});
   }
 };
 
@@ -297,6 +300,50 @@ TEST_F(Methods, EvaluateThresholdsReadsTheSensorsThatItIsGiven) {
   EXPECT_EQ(text_of(out_parameter(answer, "Exceeded")), "1");
   EXPECT_TRUE(out_parameter(answer, "First").child("VALUE.REFERENCE").child("INSTANCENAME"));
   EXPECT_EQ(return_value(evaluate("<VALUE>1</VALUE>")), "5");
+  references.replace(references.find("HOST_NumericSensor"), 4, "NONE");
+  EXPECT_EQ(return_value(evaluate("<VALUE>1</VALUE><VALUE>1</VALUE>")), "4");
+}
+
+TEST_F(StateChange, AResetDeviceIsEnabled) {
+  request_state("3");
+  EXPECT_EQ(return_value(call("Reset", path_)), "0");
+  EXPECT_EQ(property("EnabledState"), "2");
+}
+
+TEST_F(Methods, ASensorCanBeToldToRestoreItsThresholds) {
+  const CimAnswer sensors =
+      client.call("EnumerateInstanceNames", class_parameter("HOST_NumericSensor"));
+  std::ostringstream name;
+  sensors.returned().first_child().print(name, "", pugi::format_raw);
+  const std::string path =
+      "<LOCALINSTANCEPATH>" + local_namespace + name.str() + "</LOCALINSTANCEPATH>";
+  EXPECT_EQ(return_value(call("RestoreDefaultThresholds", path)), "0");
+}
+
+TEST_F(Methods, AServiceStartsAndStops) {
+  const auto in_interop = [&](const std::string& method, const std::string& name) {
+    const std::string path =
+        "<LOCALINSTANCEPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE "
+        "NAME=\"interop\"/></LOCALNAMESPACEPATH>" +
+        name + "</LOCALINSTANCEPATH>";
+    return client.post(message(method, path), {method, "root/interop", {}});
+  };
+  const auto started = [&](const std::string& name) {
+    const CimAnswer answer = client.call(
+        "GetProperty",
+        "<IPARAMVALUE NAME=\"InstanceName\">" + name +
+            "</IPARAMVALUE><IPARAMVALUE NAME=\"PropertyName\"><VALUE>Started</VALUE></IPARAMVALUE>",
+        "root/interop");
+    return std::string(answer.returned().child("VALUE").text().get());
+  };
+  const CimAnswer services =
+      client.call("EnumerateInstanceNames", class_parameter("CIM_ObjectManager"), "root/interop");
+  std::ostringstream name;
+  services.returned().first_child().print(name, "", pugi::format_raw);
+  EXPECT_EQ(return_value(in_interop("StopService", name.str())), "0");
+  EXPECT_EQ(started(name.str()), "FALSE");
+  EXPECT_EQ(return_value(in_interop("StartService", name.str())), "0");
+  EXPECT_EQ(started(name.str()), "TRUE");
 }
 
 }  // namespace
