@@ -140,7 +140,8 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   // Creates the class that a CLASS element defines. Returns the status.
   int Imethod_CreateClass(CIMelement& new_class) noexcept;
   // Creates an instance of the current class; returns the INSTANCENAME element of the new instance,
-  // appended to the entry's `instanceNames`. That list is emptied on failure.
+  // appended to the entry's `instanceNames`. That list is emptied when the exchange fails; a
+  // property of an unknown type or a null array is refused before, and leaves it.
   std::intptr_t Imethod_CreateInstance(const _properties_* properties) noexcept;
   // Changes a class to what a CLASS element defines. Returns the status.
   int Imethod_ModifyClass(CIMelement& modified_class) noexcept;
@@ -175,8 +176,9 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
 
   // Calls a method that the class of an instance defines. `name` must stay valid until the next
   // request; `parameters` ends with an entry whose name is null. Returns the status: 0 when the
-  // method returned 0, else the number it returned, 1001 for an answer without one. The answer,
-  // with the out parameters, stays in `result` after success.
+  // method returned 0, else the number it returned (the nearest int), 1001 for an answer without
+  // one. The answer, with the out parameters, stays in `result` after success. An array of several
+  // references is refused with 1001, and the status stays 0.
   int performExtrinsicMethod(const char* name, CIMelement* instance_name,
                              const _paramvalue_* parameters) noexcept;
 

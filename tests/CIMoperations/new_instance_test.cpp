@@ -111,6 +111,15 @@ TEST_F(NewInstance, EmptiesTheListOfNamesAfterAFailure) {
   EXPECT_NE(entry().instances, nullptr);
 }
 
+TEST_F(NewInstance, LeavesTheListOfNamesWhenItsPropertiesAreRefused) {
+  serve({created_answer});
+  entry().instanceNames = new CIMelement;
+  const _properties_ properties[] = {{"bad", 16, 1, "", nullptr}, end_of_properties};
+  EXPECT_EQ(context_->Imethod_CreateInstance(properties), 0);
+  EXPECT_EQ(context_->Imethod_CreateInstance(nullptr), 0);
+  EXPECT_NE(entry().instanceNames, nullptr);
+}
+
 TEST_F(NewInstance, HasNoNameWhenTheAnswerHasNone) {
   serve({empty_answer});
   const _properties_ none[] = {end_of_properties};
