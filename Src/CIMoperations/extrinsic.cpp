@@ -87,8 +87,7 @@ int return_value(CIMelement& answer) {
   const CIMelement* const element = answer.findelement(elem::RETURNVALUE, 0);
   const CIMelement* const value = element != nullptr ? element->next : nullptr;
   if (value == nullptr || value->name != known_cim_elements[elem::VALUE]) return no_return_value;
-  const bool has_text = value->value != nullptr && *value->value != '\0';
-  return has_text ? read_number(value->value) : no_return_value;
+  return value->value != nullptr ? read_number(value->value) : no_return_value;
 }
 
 void trace_return_value(const CIMcontainer& container, const char* method, int number) {

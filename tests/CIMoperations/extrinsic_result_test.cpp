@@ -94,6 +94,8 @@ TEST_F(ExtrinsicResult, NeedsAReturnValueWithText) {
   expect_missing(extrinsic_answer("<RETURNVALUE PARAMTYPE=\"uint32\"></RETURNVALUE>\n"));
   expect_missing(extrinsic_answer("<RETURNVALUE>\n<VALUE/>\n</RETURNVALUE>\n"));
   expect_missing(extrinsic_answer("<RETURNVALUE>\n<VALUE></VALUE>\n</RETURNVALUE>\n"));
+  expect_missing(extrinsic_answer("<RETURNVALUE>\n<KEYVALUE>0</KEYVALUE>\n</RETURNVALUE>\n"));
+  expect_missing(extrinsic_answer("<RETURNVALUE>\n<VALUE><![CDATA[]]></VALUE>\n</RETURNVALUE>\n"));
   expect_missing(
       extrinsic_answer("<RETURNVALUE>\n<VALUE.REFERENCE>\n<INSTANCENAME CLASSNAME=\"CIM_A\"/>\n"
                        "</VALUE.REFERENCE>\n</RETURNVALUE>\n"));
