@@ -32,8 +32,8 @@ bool print_query(CIMcontainer& context, CIMelement* name, const char* when) {
 int change_query(CIMcontainer& context, CIMelement* name, const char* query) {
   CIMelement* const instance = read_instance(context, name);
   CIMelement* const property = instance->findProperty(PROP_QUERY);
-  if (property == nullptr || property->next == nullptr) return status::failure;
-  CIMelement* const value = property->next;
+  CIMelement* const value = property != nullptr ? property->next : nullptr;
+  if (value == nullptr || value->name != known_cim_elements[elem::VALUE]) return status::failure;
   std::free(value->value);
   value->value = strdup(query);
 
