@@ -46,10 +46,16 @@ bool set_value(CIMelement& element, const char* text) {
   return true;
 }
 
+// Traces that memory is short; returns false.
+bool memory_is_short(int line = __builtin_LINE()) {
+  trace_exception(function_name, "cannot alloc memory!", line);
+  return false;
+}
+
 bool make_template(ResultList& instance_template, const char* class_name) {
-  if (!instance_template.make_head(elem::INSTANCE)) return false;
+  if (!instance_template.make_head(elem::INSTANCE)) return memory_is_short();
   CIMelement& head = *instance_template.head();
-  if (head.attr_put(attr::CLASSNAME, class_name) != status::success) return false;
+  if (head.attr_put(attr::CLASSNAME, class_name) != status::success) return memory_is_short();
   head.attributes->FreeUnused();
   return true;
 }
@@ -66,7 +72,7 @@ bool move_properties(CIMelement& definition, ResultList& instance_template) {
       child = before->next;
       continue;
     }
-    if (is_key(run) && !set_value(*child, "Key")) return false;
+    if (is_key(run) && !set_value(*child, "Key")) return memory_is_short();
     child = take_out(before, run);
     instance_template.append(without_descendants(run));
   }
@@ -118,10 +124,12 @@ bool move_methods(CIMelement& definition, ResultList& methods) {
   CIMelement* before = &definition;
   for (CIMelement* node = before->next; node != nullptr; node = before->next) {
     if (node->parent == parent || node->parent == grandparent) return true;
-    if (!is_kind(node, elem::METHOD))
+    if (!is_kind(node, elem::METHOD)) {
       before = node;
-    else if (!methods.make_head(elem::CIM) || !move_method(before, methods))
-      return false;
+      continue;
+    }
+    if (!methods.make_head(elem::CIM)) return memory_is_short();
+    if (!move_method(before, methods)) return false;
   }
   return true;
 }

@@ -66,14 +66,21 @@ void move_run(Place start, int kind, ResultList& list) {
 }
 
 // The caller may name elements that stand in the list already. They go to its end one by one, until
-// the first of them comes round again.
-void move_within_list(CIMelement* first, int kind, CIMelement** list) {
-  CIMelement* element = first;
+// the first of them comes round again. Nothing leaves the list, so no element loses its parent.
+void move_within_list(Place start, int kind, ResultList& list) {
+  CIMelement* element = start.element;
   do {
-    CIMelement* const following = element->redirect_chain(list, true);
-    element->parent = *list;
+    const Run run = run_of(element);
+    CIMelement* const following = run.last->next;
+    if (following == nullptr) {
+      element->parent = list.head();
+      return;
+    }
+    start.before->next = following;
+    run.last->next = nullptr;
+    list.append(run);
     element = following;
-  } while (element != first && is_kind(element, kind));
+  } while (element != start.element && is_kind(element, kind));
 }
 
 std::intptr_t extract(CIMcontainer* container, CIMelement* tree, const ResultKind& kind) {
@@ -83,14 +90,16 @@ std::intptr_t extract(CIMcontainer* container, CIMelement* tree, const ResultKin
     trace_error(container, kind.function, kind.missing);
     return 0;
   }
-  CIMelement** const slot = &(container->currentClass->*kind.slot);
-  ResultList list(slot);
+  ResultList list(&(container->currentClass->*kind.slot));
   if (!list.make_head(elem::CIM)) {
     trace_exception(kind.function, "cannot alloc memory!");
     return 0;
   }
-  if (list.contains(start.element))
-    move_within_list(start.element, kind.element, slot);
+  // A class template is the head of its list, and stays that.
+  if (start.element == list.head()) return as_result(start.element);
+  CIMelement* const before = list.before(start.element);
+  if (before != nullptr)
+    move_within_list({before, start.element}, kind.element, list);
   else
     move_run(start, kind.element, list);
   return as_result(start.element);
@@ -118,7 +127,8 @@ const char* move_pair(CIMelement* pair, ResultList& names, ResultList& instance_
   return nullptr;
 }
 
-// Moves all pairs from `pair` on into the empty lists of `entry`; false if one is malformed.
+// Moves all pairs from `pair` on into the empty lists of `entry`; false if one is malformed or
+// memory is short.
 bool move_pairs(const CIMcontainer& container, CIMelement* pair, CIMclass& entry) {
   ResultList names(&entry.instanceNames);
   ResultList instance_list(&entry.instances);
@@ -130,6 +140,7 @@ bool move_pairs(const CIMcontainer& container, CIMelement* pair, CIMclass& entry
     const char* const fault = move_pair(pair, names, instance_list);
     if (fault == nullptr) continue;
     trace_error(&container, "ExtractNamedInstances", fault);
+    trace_error(&container, "ExtractNamedInstances", "wrong XML data");
     return false;
   }
   return true;
@@ -158,7 +169,6 @@ std::intptr_t CIMcontainer::ExtractNamedInstances() noexcept {
   if (move_pairs(*this, first, *currentClass))
     return as_result(currentClass->instanceNames->findelement(elem::INSTANCENAME, 0));
   empty_instance_lists(*currentClass);
-  trace_error(this, "ExtractNamedInstances", "wrong XML data");
   return 0;
 }
 

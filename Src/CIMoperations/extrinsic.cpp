@@ -3,6 +3,7 @@
 
 #include "BRQ/Trace.h"
 #include "CIMoperations/failure.h"
+#include "CIMoperations/held_answer.h"
 #include "CIMoperations/sending.h"
 #include "CIMoperations/typed_value.h"
 #include "zuCIM/container.h"
@@ -23,7 +24,7 @@ enum class Added { complete, bad_type, bad_reference, reference_array };
 bool add_instance_path(CIMcontainer& container, CIMelement* instance_name) {
   begin_line(container, elem::LOCALINSTANCEPATH);
   container.addLocalNameSpacePath();
-  if (instance_name == nullptr) return false;
+  if (instance_name == nullptr || is_document(container, instance_name)) return false;
   if (instance_name->GenerateCIMXML(container.request) != status::success) return false;
   container.endElement(elem::LOCALINSTANCEPATH);
   return true;
@@ -111,32 +112,42 @@ int record_return_value(CIMcontainer& container, const char* method) {
   return outcome;
 }
 
+int call_method(CIMcontainer& container, CIMelement* instance_name,
+                const _paramvalue_* parameters) {
+  const char* const name = container.methodName;
+  container.addCIMXMLheader();
+  begin_line(container, elem::SIMPLEREQ);
+  container.beginElement(elem::METHODCALL, nullptr);
+  container.addAttribute(attr::NAME, name, ">\n");
+  if (!add_instance_path(container, instance_name))
+    return refuse_request(container, "performExtrinsicMethod() bad CIMelement: InstanceName");
+  const Added added = add_parameters(container, parameters);
+  if (added == Added::bad_type)
+    return refuse_request(container, "performExtrinsicMethod() bad ParamType");
+  if (added == Added::bad_reference)
+    return refuse_request(container, "performExtrinsicMethod() bad CIMelement: reference");
+  if (added == Added::reference_array) return refuse_reference_array(container);
+  container.endElement(elem::METHODCALL);
+  container.endElement(elem::SIMPLEREQ);
+  container.endElement(elem::MESSAGE);
+  container.endElement(elem::CIM);
+  const int outcome = send_request(container, "performExtrinsicMethod");
+  return outcome == status::success ? record_return_value(container, name) : outcome;
+}
+
 }  // namespace
 
 int CIMcontainer::performExtrinsicMethod(const char* name, CIMelement* instance_name,
                                          const _paramvalue_* parameters) noexcept {
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::progress, trace_source,
             "[%s] performExtrinsicMethod(\"%s\")", host, name);
-  methodName = name;
   if (currentClass == nullptr) return refuse_request(*this, "performExtrinsicMethod() pcls=NULL");
-  addCIMXMLheader();
-  begin_line(*this, elem::SIMPLEREQ);
-  beginElement(elem::METHODCALL, nullptr);
-  addAttribute(attr::NAME, name, ">\n");
-  if (!add_instance_path(*this, instance_name))
-    return refuse_request(*this, "performExtrinsicMethod() bad CIMelement: InstanceName");
-  const Added added = add_parameters(*this, parameters);
-  if (added == Added::bad_type)
-    return refuse_request(*this, "performExtrinsicMethod() bad ParamType");
-  if (added == Added::bad_reference)
-    return refuse_request(*this, "performExtrinsicMethod() bad CIMelement: reference");
-  if (added == Added::reference_array) return refuse_reference_array(*this);
-  endElement(elem::METHODCALL);
-  endElement(elem::SIMPLEREQ);
-  endElement(elem::MESSAGE);
-  endElement(elem::CIM);
-  const int outcome = send_request(*this, "performExtrinsicMethod");
-  return outcome == status::success ? record_return_value(*this, name) : outcome;
+  methodName = name;
+  // The method's name is needed until the call is over.
+  const HeldAnswer held(*this);
+  const int outcome = call_method(*this, instance_name, parameters);
+  if (held.contains_text(name)) methodName = nullptr;
+  return outcome;
 }
 
 }  // namespace zuCIM

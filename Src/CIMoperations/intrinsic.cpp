@@ -1,4 +1,5 @@
 #include "CIMoperations/entry_trace.h"
+#include "CIMoperations/held_answer.h"
 #include "CIMoperations/optional_flags.h"
 #include "CIMoperations/sending.h"
 #include "zuCIM/container.h"
@@ -40,8 +41,11 @@ int CIMcontainer::Imethod_GetClass(int local_only, int include_qualifiers, int i
 std::intptr_t CIMcontainer::Imethod_GetInstance(CIMelement* instance_name, int include_class_origin,
                                                 const CIMarray* property_list) noexcept {
   trace_entry(*this, "Imethod_GetInstance()");
-  beginIntrinsicMethod(imethod::GetInstance);
-  addInstanceNameParam(instance_name);
+  {
+    const HeldAnswer held(*this);
+    beginIntrinsicMethod(imethod::GetInstance);
+    addInstanceNameParam(instance_name);
+  }
   addOptionalParameter(include_class_origin_flag, include_class_origin);
   addOptionalPropertyList(property_list);
   empty_results(*this, &CIMclass::instances);

@@ -1,5 +1,6 @@
 #include "CIMoperations/entry_trace.h"
 #include "CIMoperations/failure.h"
+#include "CIMoperations/held_answer.h"
 #include "CIMoperations/optional_flags.h"
 #include "zuCIM/container.h"
 #include "zuCIM/vocabulary.h"
@@ -10,27 +11,35 @@ namespace {
 
 // How an operation that sends a class names its parameter and its failures.
 struct ClassArgument {
+  int method;
   const char* parameter;
   const char* missing;
   const char* bad;
 };
 
-constexpr ClassArgument new_class_argument{"NewClass",
+constexpr ClassArgument new_class_argument{imethod::CreateClass, "NewClass",
                                            "Imethod_CreateClass() missing NewClass definition",
                                            "Imethod_CreateClass() bad CIMelement: newclass"};
 constexpr ClassArgument modified_class_argument{
-    "ModifiedClass", "Imethod_ModifyClass() missing ModifiedClass definition",
+    imethod::ModifyClass, "ModifiedClass", "Imethod_ModifyClass() missing ModifiedClass definition",
     "Imethod_ModifyClass() bad CIMelement: modifiedclass"};
 
-int send_class(CIMcontainer& container, CIMelement& definition, const ClassArgument& argument) {
-  if (definition.name != known_cim_elements[elem::CLASS])
-    return refuse_request(container, argument.missing);
+// Builds the request. Returns what is wrong with the class, null if nothing is.
+const char* write_class(CIMcontainer& container, CIMelement& definition,
+                        const ClassArgument& argument) {
+  const HeldAnswer held(container);
+  container.beginIntrinsicMethod(argument.method);
+  if (definition.name != known_cim_elements[elem::CLASS]) return argument.missing;
   container.beginElement(elem::IPARAMVALUE, nullptr);
   container.addAttribute(attr::NAME, argument.parameter, ">\n");
-  if (definition.GenerateCIMXML(container.request) != status::success)
-    return refuse_request(container, argument.bad);
+  if (definition.GenerateCIMXML(container.request) != status::success) return argument.bad;
   container.endElement(elem::IPARAMVALUE);
-  return container.performIntrinsicMethod();
+  return nullptr;
+}
+
+int send_class(CIMcontainer& container, CIMelement& definition, const ClassArgument& argument) {
+  const char* const fault = write_class(container, definition, argument);
+  return fault != nullptr ? refuse_request(container, fault) : container.performIntrinsicMethod();
 }
 
 }  // namespace
@@ -44,13 +53,11 @@ int CIMcontainer::Imethod_DeleteClass() noexcept {
 
 int CIMcontainer::Imethod_CreateClass(CIMelement& new_class) noexcept {
   trace_entry(*this, "Imethod_CreateClass()");
-  beginIntrinsicMethod(imethod::CreateClass);
   return send_class(*this, new_class, new_class_argument);
 }
 
 int CIMcontainer::Imethod_ModifyClass(CIMelement& modified_class) noexcept {
   trace_entry(*this, "Imethod_ModifyClass()");
-  beginIntrinsicMethod(imethod::ModifyClass);
   return send_class(*this, modified_class, modified_class_argument);
 }
 

@@ -1,5 +1,6 @@
 #include "CIMoperations/entry_trace.h"
 #include "CIMoperations/failure.h"
+#include "CIMoperations/held_answer.h"
 #include "CIMoperations/typed_value.h"
 #include "zuCIM/container.h"
 #include "zuCIM/vocabulary.h"
@@ -47,8 +48,11 @@ const char* add_property(CIMcontainer& container, const _properties_& property) 
   return nullptr;
 }
 
-// Appends the NewInstance parameter. Returns what is wrong with the properties, null if nothing is.
-const char* add_new_instance(CIMcontainer& container, const _properties_* property) {
+// Builds the request of CreateInstance. Returns what is wrong with the properties, null if nothing
+// is.
+const char* write_new_instance(CIMcontainer& container, const _properties_* property) {
+  const HeldAnswer held(container);
+  container.beginIntrinsicMethod(imethod::CreateInstance);
   if (property == nullptr) return "Imethod_CreateInstance() missing NewInstance definition";
   const CIMclass* const entry = container.currentClass;
   container.beginElement(elem::IPARAMVALUE, nullptr);
@@ -63,17 +67,46 @@ const char* add_new_instance(CIMcontainer& container, const _properties_* proper
   return nullptr;
 }
 
+// Builds the request of ModifyInstance. Returns what is wrong with the instance, null if nothing
+// is.
+//
+// The named instance stands directly in the method call, not in a parameter of its own; servers are
+// asked in exactly this form.
+const char* write_modified_instance(CIMcontainer& container, CIMelement* instance_name,
+                                    CIMelement& instance, const CIMarray* property_list) {
+  const HeldAnswer held(container);
+  container.beginIntrinsicMethod(imethod::ModifyInstance);
+  if (instance.name != known_cim_elements[elem::INSTANCE])
+    return "Imethod_ModifyInstance() missing modifiedinstance";
+  container.addOptionalPropertyList(property_list);
+  begin_line(container, elem::VALUE_NAMEDINSTANCE);
+  container.addInstanceNameParam(instance_name);
+  if (instance.GenerateCIMXML(container.request) != status::success)
+    return "Imethod_ModifyInstance() bad CIMelement: modifiedinstance";
+  container.endElement(elem::VALUE_NAMEDINSTANCE);
+  return nullptr;
+}
+
+// Builds the request of DeleteInstance. True when the name lay in the answer before, and is gone
+// with it.
+bool write_deleted_name(CIMcontainer& container, CIMelement* instance_name) {
+  const HeldAnswer held(container);
+  container.beginIntrinsicMethod(imethod::DeleteInstance);
+  container.addInstanceNameParam(instance_name);
+  return held.contains(instance_name);
+}
+
 }  // namespace
 
 int CIMcontainer::Imethod_DeleteInstance(CIMelement* instance_name) noexcept {
   trace_entry(*this, "Imethod_DeleteInstance()");
-  beginIntrinsicMethod(imethod::DeleteInstance);
-  addInstanceNameParam(instance_name);
+  const bool is_gone = write_deleted_name(*this, instance_name);
   const int outcome = performIntrinsicMethod();
   if (outcome != status::success) {
     empty_instance_names(*this);
     return outcome;
   }
+  if (is_gone) return outcome;
   const CIMelement* const before = instance_name->deleteElement(true);
   if (before != nullptr && before == currentClass->instanceNames) empty_instance_names(*this);
   return outcome;
@@ -81,8 +114,7 @@ int CIMcontainer::Imethod_DeleteInstance(CIMelement* instance_name) noexcept {
 
 std::intptr_t CIMcontainer::Imethod_CreateInstance(const _properties_* properties) noexcept {
   trace_entry(*this, "Imethod_CreateInstance()");
-  beginIntrinsicMethod(imethod::CreateInstance);
-  const char* const fault = add_new_instance(*this, properties);
+  const char* const fault = write_new_instance(*this, properties);
   if (fault != nullptr) {
     refuse_request(*this, fault);
     return 0;
@@ -92,21 +124,11 @@ std::intptr_t CIMcontainer::Imethod_CreateInstance(const _properties_* propertie
   return 0;
 }
 
-// The named instance stands directly in the method call, not in a parameter of its own; servers are
-// asked in exactly this form.
 int CIMcontainer::Imethod_ModifyInstance(CIMelement* instance_name, CIMelement& instance,
                                          const CIMarray* property_list) noexcept {
   trace_entry(*this, "Imethod_ModifyInstance()");
-  beginIntrinsicMethod(imethod::ModifyInstance);
-  if (instance.name != known_cim_elements[elem::INSTANCE])
-    return refuse_request(*this, "Imethod_ModifyInstance() missing modifiedinstance");
-  addOptionalPropertyList(property_list);
-  begin_line(*this, elem::VALUE_NAMEDINSTANCE);
-  addInstanceNameParam(instance_name);
-  if (instance.GenerateCIMXML(request) != status::success)
-    return refuse_request(*this, "Imethod_ModifyInstance() bad CIMelement: modifiedinstance");
-  endElement(elem::VALUE_NAMEDINSTANCE);
-  return performIntrinsicMethod();
+  const char* const fault = write_modified_instance(*this, instance_name, instance, property_list);
+  return fault != nullptr ? refuse_request(*this, fault) : performIntrinsicMethod();
 }
 
 }  // namespace zuCIM

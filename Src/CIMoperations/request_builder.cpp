@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "CIMoperations/failure.h"
+#include "CIMoperations/held_answer.h"
 #include "zuCIM/container.h"
 #include "zuCIM/vocabulary.h"
 
@@ -176,7 +177,7 @@ void CIMcontainer::addInstanceNameParam(CIMelement* instance_name) noexcept {
   }
   build(*this, "addInstanceNameParam", [&](std::string& text) {
     append_parameter_start(text, "InstanceName", ">\n");
-    if (instance_name->GenerateCIMXML(text) == 0)
+    if (!is_document(*this, instance_name) && instance_name->GenerateCIMXML(text) == 0)
       append_end(text, elem::IPARAMVALUE);
     else
       reject_request(*this, "addInstanceNameParam() bad CIMelement: InstanceName");

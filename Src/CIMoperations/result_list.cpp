@@ -61,10 +61,10 @@ bool ResultList::make_head(int kind) noexcept {
   return true;
 }
 
-bool ResultList::contains(const CIMelement* element) const noexcept {
-  const CIMelement* node = *slot_;
-  while (node != nullptr && node != element) node = node->next;
-  return node != nullptr;
+CIMelement* ResultList::before(const CIMelement* element) const noexcept {
+  CIMelement* node = *slot_;
+  while (node != nullptr && node->next != element) node = node->next;
+  return node;
 }
 
 void ResultList::append_under(CIMelement* parent, Run run) noexcept {

@@ -47,8 +47,8 @@ class ResultList {
   CIMelement* head() const noexcept { return *slot_; }
   // The last node; null when there is none.
   CIMelement* tail() const noexcept { return tail_; }
-  // Whether `element` is in the list. Walks the list.
-  bool contains(const CIMelement* element) const noexcept;
+  // The node before `element`; null when that is not in the list, or is the head. Walks the list.
+  CIMelement* before(const CIMelement* element) const noexcept;
   // Appends a run that was taken out; its first element becomes a child of the head.
   void append(Run run) noexcept { append_under(*slot_, run); }
   // The same with another parent.

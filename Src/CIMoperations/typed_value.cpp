@@ -4,6 +4,7 @@
 #include <string>
 
 #include "CIMoperations/failure.h"
+#include "CIMoperations/held_answer.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
@@ -56,6 +57,7 @@ void add_typed_values(CIMcontainer& container, const void* values, std::uint32_t
 }
 
 bool add_reference(CIMcontainer& container, CIMelement* tree) noexcept {
+  if (is_document(container, tree)) return false;
   begin_line(container, elem::VALUE_REFERENCE);
   const bool is_written = tree->GenerateCIMXML(container.request) == status::success;
   container.endElement(elem::VALUE_REFERENCE);

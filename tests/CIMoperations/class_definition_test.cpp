@@ -206,6 +206,18 @@ TEST_F(ClassDefinition, FailsForAClassWithoutName) {
   expect_failure("Class-ClassName");
 }
 
+TEST_F(ClassDefinition, FailsForAnEntryWithoutName) {
+  container_.setCurrentClass("", "");
+  for (const char* const answer : {"CIM\n CLASS\n", "CIM\n CLASS NAME=A\n"}) {
+    recorder_.clear();
+    EXPECT_EQ(extract_from(answer), 1001);
+    EXPECT_EQ(recorder_.texts(),
+              (std::vector<std::string>{"[myhost] ExtractClassDefinition() Class-ClassName",
+                                        "[myhost] ExtractClassDefinition() "}));
+    EXPECT_EQ(container_.currentClass->instances, nullptr);
+  }
+}
+
 TEST_F(ClassDefinition, FailsWithoutClass) {
   EXPECT_EQ(extract_from("CIM\n IRETURNVALUE\n"), 1001);
   expect_failure("Class-ClassName");

@@ -173,6 +173,51 @@ TEST_F(ExtractionDifferential, InstanceNamesAndInstances) {
   EXPECT_GT(moved_, 250);
 }
 
+// The n-th element of this kind, inside others too; null without one.
+CIMelement* any_element(CIMelement* list, int kind, unsigned n) {
+  for (CIMelement* node = list; node != nullptr; node = node->next)
+    if (node->name == known_cim_elements[kind] && n-- == 0) return node;
+  return nullptr;
+}
+
+TEST_F(ExtractionDifferential, ElementsThatAreInTheListAlready) {
+  for (unsigned seed = 0; seed < document_count && !HasFailure(); ++seed) {
+    const std::string text = AnswerMaker(seed).make();
+    answer(text);
+    container_.classes.kill_element(&container_.classes.instanceNames);
+    judged_.entry.kill_element(&judged_.entry.instanceNames);
+    container_.ExtractInstanceNames(&container_.result);
+    judge_instance_names(&judged_.answer, judged_.entry, "h");
+    recorder_.clear();
+    for (unsigned n = 0; n < 5; ++n) {
+      CIMelement* const start =
+          any_element(container_.classes.instanceNames, elem::INSTANCENAME, n);
+      if (start == nullptr) break;
+      expect_same(
+          text, container_.ExtractInstanceNames(start),
+          judge_instance_names(any_element(judged_.entry.instanceNames, elem::INSTANCENAME, n),
+                               judged_.entry, "h"));
+    }
+  }
+  EXPECT_GT(moved_, 250);
+}
+
+TEST_F(ExtractionDifferential, ClassTemplates) {
+  int templates = 0;
+  for (unsigned seed = 0; seed < document_count && !HasFailure(); ++seed) {
+    const std::string text = AnswerMaker(seed).make();
+    answer(text);
+    container_.ExtractClassDefinition();
+    judge_class_definition(judged_.answer, judged_.entry, "h");
+    recorder_.clear();
+    if (container_.classes.instances == nullptr) continue;
+    ++templates;
+    expect_same(text, container_.ExtractInstance(container_.classes.instances),
+                judge_instances(judged_.entry.instances, judged_.entry, "h"));
+  }
+  EXPECT_GT(templates, 75);
+}
+
 TEST_F(ExtractionDifferential, NamedInstances) {
   for (unsigned seed = 0; seed < document_count && !HasFailure(); ++seed) {
     const std::string text = AnswerMaker(seed).make();

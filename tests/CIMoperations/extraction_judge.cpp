@@ -40,6 +40,11 @@ CIMelement* move_whole(CIMelement* element, CIMelement** list) {
   return following;
 }
 
+bool contains(const CIMelement* list, const CIMelement* element) {
+  while (list != nullptr && list != element) list = list->next;
+  return list != nullptr;
+}
+
 // Moves a run of elements of one kind; null and a trace when there is none.
 CIMelement* move_run(CIMelement* tree, int kind, CIMelement*& list, const std::string& fault,
                      std::vector<std::string>& traces) {
@@ -48,13 +53,16 @@ CIMelement* move_run(CIMelement* tree, int kind, CIMelement*& list, const std::s
     traces.push_back(fault);
     return nullptr;
   }
+  if (element == list) return element;
   CIMelement* const first = element;
-  while (is(element, kind)) {
-    if (list == nullptr) list = new_head(elem::CIM);
-    CIMelement* const following = move_whole(element, &list);
+  if (list == nullptr) list = new_head(elem::CIM);
+  const bool is_listed = contains(list, first);
+  do {
+    CIMelement* const following =
+        is_listed ? element->redirect_chain(&list, true) : move_whole(element, &list);
     element->parent = list;
     element = following;
-  }
+  } while (element != first && is(element, kind));
   return first;
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 
 #include "CIMoperations/extraction_test.h"
@@ -143,6 +144,24 @@ TEST_F(Extraction, KeepsTheOrderOfElementsThatAreInTheListAlready) {
   EXPECT_EQ(names(), before);
 }
 
+TEST_F(Extraction, AnElementInTheListGoesBehindThoseOfOtherKinds) {
+  entry().instanceNames = new CIMelement;
+  build_tree(*entry().instanceNames,
+             "CIM\n INSTANCENAME CLASSNAME=A\n INSTANCENAME CLASSNAME=B\n VALUE [1]\n");
+  CIMelement* const first = entry().instanceNames->next;
+  EXPECT_EQ(container_.ExtractInstanceNames(first), address(first));
+  EXPECT_EQ(names(), "CIM\n VALUE [1]\n INSTANCENAME CLASSNAME=A\n INSTANCENAME CLASSNAME=B\n");
+}
+
+TEST_F(Extraction, AClassTemplateStaysWhatItIs) {
+  answer("CIM\n CLASS NAME=A\n  PROPERTY NAME=p\n");
+  ASSERT_EQ(container_.ExtractClassDefinition(), 0);
+  EXPECT_EQ(container_.ExtractInstance(entry().instances), address(entry().instances));
+  EXPECT_EQ(entry().instances->parent, nullptr);
+  EXPECT_EQ(instances(), "INSTANCE CLASSNAME=A\n PROPERTY NAME=p\n");
+  expect_traces({});
+}
+
 TEST_F(Extraction, MovesTheLastElementOfTheListToItsEnd) {
   answer("CIM\n INSTANCENAME CLASSNAME=A\n");
   container_.ExtractInstanceNames(&container_.result);
@@ -275,6 +294,20 @@ TEST_F(Extraction, MovesManyInstanceNames) {
   answer(text);
   EXPECT_NE(container_.ExtractInstanceNames(&container_.result), 0);
   EXPECT_NE(entry().instanceNames->findelement(elem::INSTANCENAME, count - 1), nullptr);
+}
+
+// With n * n steps this would take minutes.
+TEST_F(Extraction, MovesManyInstanceNamesWithinTheirList) {
+  constexpr int count = 200000;
+  std::string text = "CIM\n";
+  for (int i = 0; i < count; ++i) text += " INSTANCENAME\n";
+  entry().instanceNames = new CIMelement;
+  build_tree(*entry().instanceNames, text);
+  CIMelement* const first = entry().instanceNames->next;
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(container_.ExtractInstanceNames(entry().instanceNames), address(first));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+  EXPECT_EQ(names(), text);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "CIMoperations/tree_text.h"
 #include "support/failing_allocator.h"
@@ -112,6 +113,81 @@ TEST(FailingMemory, LeavesBothInstanceListsEmpty) {
     EXPECT_EQ(container.classes.instanceNames == nullptr, failure.happened());
     EXPECT_EQ(container.classes.instances == nullptr, failure.happened());
   });
+}
+
+// Extracts from an answer while the n-th allocation fails, and returns the traces.
+std::vector<std::string> traces_of(const std::string& answer, unsigned nth, AllocationKind kind,
+                                   const std::function<void(CIMcontainer&)>& extract) {
+  CIMcontainer container;
+  container.host = "h";
+  container.setCurrentClass("A", "");
+  build_tree(container.result, answer);
+  const TraceRecorder recorder(trace_level::error);
+  {
+    const AllocationFailure failure(nth, kind);
+    extract(container);
+  }
+  return recorder.texts();
+}
+
+std::string short_of_memory(const std::string& function) {
+  return function + ": Exception raised: cannot alloc memory!";
+}
+
+TEST(FailingMemory, IsTracedByTheExtractions) {
+  const auto names_only = [](CIMcontainer& c) { c.ExtractInstanceNames(&c.result); };
+  const auto instances_only = [](CIMcontainer& c) { c.ExtractInstance(&c.result); };
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(traces_of(names, 1, AllocationKind::cpp, names_only),
+            Lines{short_of_memory("ExtractInstanceNames")});
+  EXPECT_EQ(traces_of("CIM\n INSTANCE\n", 1, AllocationKind::cpp, instances_only),
+            Lines{short_of_memory("ExtractInstance")});
+}
+
+// The answer is not to blame.
+TEST(FailingMemory, IsNotTakenForWrongData) {
+  for (const unsigned nth : {1U, 2U})
+    EXPECT_EQ(traces_of("CIM\n VALUE.NAMEDINSTANCE\n  INSTANCENAME\n  INSTANCE\n", nth,
+                        AllocationKind::cpp, [](CIMcontainer& c) { c.ExtractNamedInstances(); }),
+              std::vector<std::string>{short_of_memory("ExtractNamedInstances")});
+}
+
+const std::string key_class =
+    "CIM\n"
+    " CLASS NAME=A\n"
+    "  PROPERTY\n"
+    "   QUALIFIER NAME=Key\n"
+    "  METHOD\n";
+
+void extract_class(CIMcontainer& container) {
+  EXPECT_EQ(container.ExtractClassDefinition(), 1001);
+}
+
+// The first allocation makes the template, the last one the list of methods.
+TEST(FailingMemory, IsTracedWithTheStepOfAClassDefinition) {
+  const std::string memory = short_of_memory("ExtractClassDefinition");
+  const std::string step = "[h] ExtractClassDefinition() ";
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(traces_of(key_class, 1, AllocationKind::cpp, extract_class),
+            (Lines{memory, step + "Class-ClassName", step + "A"}));
+  EXPECT_EQ(traces_of(key_class, 2, AllocationKind::cpp, extract_class),
+            (Lines{"attr_put: Exception raised: cannot alloc memory!", memory,
+                   step + "Class-ClassName", step + "A"}));
+  EXPECT_EQ(traces_of(key_class, 3, AllocationKind::cpp, extract_class),
+            (Lines{memory, step + "Class-Methods", step + "A"}));
+}
+
+// Copies the text "Key".
+TEST(FailingMemory, IsTracedForTheValueOfAKeyProperty) {
+  if (!malloc_can_fail) GTEST_SKIP() << "the sanitizer's malloc does not fail";
+  const std::string step = "[h] ExtractClassDefinition() ";
+  const std::vector<std::string> expected = {short_of_memory("ExtractClassDefinition"),
+                                             step + "Class-Properties", step + "A"};
+  int count = 0;
+  for (unsigned nth = 1; nth <= 6; ++nth)
+    count += traces_of(key_class, nth, AllocationKind::c,
+                       [](CIMcontainer& c) { c.ExtractClassDefinition(); }) == expected;
+  EXPECT_EQ(count, 1);
 }
 
 TEST(FailingMemory, LeavesNoPartOfAClassDefinition) {
