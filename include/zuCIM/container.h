@@ -43,7 +43,12 @@ struct _paramvalue_ {
 // operations.
 //
 // Ownership: contexts made by makeContainer belong to the registry. Results belong to the current
-// class entry and stay valid until the next operation of the same kind on that entry.
+// class entry and stay valid until an operation on that entry empties their list: GetClass,
+// GetInstance and EnumerateInstances share `instances`; EnumerateInstances, EnumerateInstanceNames,
+// CreateInstance and DeleteInstance share `instanceNames`. Each of them may empty the list it
+// shares, whichever filled it. GetInstance, EnumerateInstances and EnumerateInstanceNames do so
+// before they send, GetClass when it has its answer, DeleteInstance and CreateInstance when they
+// fail. `result` is emptied by the next request; what an operation is given may lie in it.
 // Thread rule: one thread at a time.
 class ZUCIM_API CIMcontainer : public CIMconnection {
  public:
@@ -91,7 +96,8 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   void addValue(const char* text) noexcept;
   // Appends the element's end tag; a negative id closes an empty element.
   void endElement(int element) noexcept;
-  // Starts a new request: empties the texts, clears the status and appends the message header.
+  // Starts a new request: empties the texts and `result`, clears the status and appends the message
+  // header.
   void addCIMXMLheader() noexcept;
   // Starts the request of an intrinsic method, by its id.
   void beginIntrinsicMethod(int method) noexcept;
@@ -99,7 +105,8 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   void addLocalNameSpacePath() noexcept;
   // Appends the ClassName parameter; without a class name this is an error if `required` is 1.
   void addClassNameParam(int required) noexcept;
-  // Appends the InstanceName parameter.
+  // Appends the InstanceName parameter. The element must not lie in `result`, which the start of
+  // the request emptied.
   void addInstanceNameParam(CIMelement* instance_name) noexcept;
   // Appends a boolean parameter if `value` is 0 or 1. `parameter`: 0 LocalOnly, 1
   // IncludeQualifiers, 2 IncludeClassOrigin, 3 DeepInheritance.
@@ -113,17 +120,20 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
 
   // The operations. Flags: 1 sends true, 0 sends false, -1 leaves the parameter out. A null
   // property list asks for all properties. Results that carry a pointer are 0 on every failure; the
-  // status tells which.
+  // status tells which. An answer that cannot be used gives 0 with status 0, and traces at the
+  // error level.
 
   // Reads the definition of the current class: the entry's `instances` becomes a template of its
-  // properties, `methods` its methods. Returns 0 or the status.
+  // properties, `methods` its methods. Returns 0 or the status; 1001 with status 0 when the answer
+  // does not define the class.
   int Imethod_GetClass(int local_only, int include_qualifiers, int include_class_origin,
                        const CIMarray* property_list) noexcept;
   // Reads one instance into the entry's `instances`; returns the INSTANCE element.
   std::intptr_t Imethod_GetInstance(CIMelement* instance_name, int include_class_origin,
                                     const CIMarray* property_list) noexcept;
   // Reads the instances of the current class into the entry's `instanceNames` and `instances`,
-  // which run in step; returns the first INSTANCENAME element. 0 with status 0 means no instances.
+  // which run in step; returns the first INSTANCENAME element. 0 with status 0 means no instances,
+  // or a malformed answer, which is traced at the error level.
   std::intptr_t Imethod_EnumerateInstances(int local_only, int include_qualifiers,
                                            int include_class_origin, int deep_inheritance,
                                            const CIMarray* property_list) noexcept;
@@ -134,8 +144,9 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   // Deletes the current class on the server. Returns the status.
   int Imethod_DeleteClass() noexcept;
   // Deletes an instance on the server. After success the element passed, made with new, is removed
-  // from its tree and freed; when it was the first of the entry's `instanceNames`, and after every
-  // failure, that list is emptied. Returns the status.
+  // from its tree and freed (one out of `result` is freed with that in any case); when it was the
+  // first of the entry's `instanceNames`, and after every failure, that list is emptied. Returns
+  // the status.
   int Imethod_DeleteInstance(CIMelement* instance_name) noexcept;
   // Creates the class that a CLASS element defines. Returns the status.
   int Imethod_CreateClass(CIMelement& new_class) noexcept;
@@ -175,10 +186,11 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   int Imethod_EnumerateQualifiers() noexcept;
 
   // Calls a method that the class of an instance defines. `name` must stay valid until the next
-  // request; `parameters` ends with an entry whose name is null. Returns the status: 0 when the
-  // method returned 0, else the number it returned (the nearest int), 1001 for an answer without
-  // one. The answer, with the out parameters, stays in `result` after success. An array of several
-  // references is refused with 1001, and the status stays 0.
+  // request, unless it lies in `result`: then `methodName` is null afterwards. `parameters` ends
+  // with an entry whose name is null. Returns the status: 0 when the method returned 0, else the
+  // number it returned (the nearest int), 1001 for an answer without one. The answer, with the out
+  // parameters, stays in `result` after success. An array of several references is refused with
+  // 1001, and the status stays 0.
   int performExtrinsicMethod(const char* name, CIMelement* instance_name,
                              const _paramvalue_* parameters) noexcept;
 
