@@ -221,15 +221,13 @@ TEST_P(Operations, NamespacesAreDiscovered) {
 TEST_P(Operations, WhatIsNotImplementedChangesNothing) {
   CIMelement* const name = only_instance_name("DEMO_Note");
   ASSERT_NE(name, nullptr);
-  using Operation = int (CIMcontainer::*)() noexcept;
-  for (const Operation operation :
-       {&CIMcontainer::Imethod_Associators, &CIMcontainer::Imethod_AssociatorNames,
-        &CIMcontainer::Imethod_References, &CIMcontainer::Imethod_ReferenceNames,
-        &CIMcontainer::Imethod_GetQualifier, &CIMcontainer::Imethod_SetQualifier,
-        &CIMcontainer::Imethod_DeleteQualifier, &CIMcontainer::Imethod_EnumerateQualifiers}) {
-    EXPECT_EQ((context_->*operation)(), 1001);
-    EXPECT_EQ(context_->ChkCimStatus(), 0);
-  }
+  const int outcomes[] = {
+      context_->Imethod_Associators(),     context_->Imethod_AssociatorNames(),
+      context_->Imethod_References(),      context_->Imethod_ReferenceNames(),
+      context_->Imethod_GetQualifier(),    context_->Imethod_SetQualifier(),
+      context_->Imethod_DeleteQualifier(), context_->Imethod_EnumerateQualifiers()};
+  for (const int outcome : outcomes) EXPECT_EQ(outcome, 1001);
+  EXPECT_EQ(context_->ChkCimStatus(), 0);
   EXPECT_EQ(context_->currentClass->instanceNames->next, name);
 }
 
