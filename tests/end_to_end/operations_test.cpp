@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -41,7 +42,7 @@ class Operations : public ::testing::TestWithParam<std::string> {
       const CertificateFiles files = make_server_certificate(
           std::string("operations-") +
               ::testing::UnitTest::GetInstance()->current_test_info()->name()[0],
-          {std::string("IP:") + address});
+          {"IP:" + address});
       arguments.insert(arguments.end(), {"--port", "5989", "--https", "--certificate",
                                          files.certificate, "--key", files.key});
     }
@@ -66,7 +67,14 @@ class Operations : public ::testing::TestWithParam<std::string> {
     return name;
   }
 
-  static constexpr const char* address = "127.0.0.42";
+  // HTTPS has one port only, and tests run side by side: each process takes an address of its own.
+  static std::string own_address() {
+    const int process = static_cast<int>(getpid());
+    return "127.1." + std::to_string(process / 250 % 250 + 1) + "." +
+           std::to_string(process % 250 + 1);
+  }
+
+  const std::string address = own_address();
 
   RegistryCleaner cleaner_;
   SmallNetwork network_{address};
