@@ -5,6 +5,7 @@ option(ZUCIM_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL}
 option(ZUCIM_BUILD_TESTS "Build the tests" OFF)
 option(ZUCIM_INSTALL "Make the install target install zuCIM" ${PROJECT_IS_TOP_LEVEL})
 option(ZUCIM_BUILD_FUZZERS "Build the fuzz targets (clang only)" OFF)
+option(ZUCIM_BUILD_BENCH "Build the benchmarks" OFF)
 set(ZUCIM_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined or thread")
 
 set(CMAKE_CXX_STANDARD 20)

@@ -17,7 +17,7 @@ constexpr const char* trace_source = "Src/CIMXMLparser";
 CIMelement* TreeBuilder::add(int id, CIMelement* parent) {
   CIMelement* node = &root_;
   if (root_.name != nullptr) {
-    node = new (std::nothrow) CIMelement;
+    node = memory_.make_node();
     if (node == nullptr) {
       BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, "Src/CIMclasses",
                 "makeNextElement: Exception raised: cannot alloc memory!");
@@ -39,6 +39,14 @@ bool TreeBuilder::add_attribute(CIMelement& node, int id, std::string_view text)
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::error, trace_source,
             "parseXMLbuffer: bad Attribute!");
   return false;
+}
+
+bool TreeBuilder::add_attributes(CIMelement& node, std::span<const AttributeText> attributes) {
+  if (attributes.empty() || memory_.set_attributes(node, attributes)) return true;
+  for (const AttributeText& attribute : attributes)
+    if (!add_attribute(node, attribute.id, attribute.text)) return false;
+  node.attributes->FreeUnused();
+  return true;
 }
 
 void TreeBuilder::set_value(CIMelement& node, std::string_view text) {

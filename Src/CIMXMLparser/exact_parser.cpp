@@ -34,7 +34,7 @@ struct StartTag {
 class ExactParser {
  public:
   ExactParser(std::string_view text, std::size_t begin, CIMelement& root)
-      : text_(text), cursor_(begin), end_tags_(text, begin), builder_(root) {
+      : text_(text), cursor_(begin), end_tags_(text, begin), builder_(root, text) {
     levels_.push_back(Level{text.size(), npos, &root, nullptr});
   }
 

@@ -1,5 +1,9 @@
+#include <array>
+#include <cstring>
 #include <exception>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "BRQ/Trace.h"
 #include "zuCIM/element.h"
@@ -15,61 +19,108 @@ void trace_error(const char* message, int line = __builtin_LINE()) {
                message);
 }
 
-const char* name_of(const CIMelement& node) {
+// Collects the small pieces of a document before they go into its text.
+class Output {
+ public:
+  explicit Output(std::string& text) : text_(text) {}
+
+  // Throws std::bad_alloc.
+  void put(std::string_view piece) {
+    if (piece.size() > buffer_.size() - used_) return put_directly(piece);
+    std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
+    used_ += piece.size();
+  }
+  // Makes the text complete. Throws std::bad_alloc.
+  void flush() { text_.append(buffer_.data(), std::exchange(used_, 0)); }
+
+ private:
+  void put_directly(std::string_view piece) {
+    flush();
+    text_.append(piece);
+  }
+
+  std::string& text_;
+  std::size_t used_ = 0;
+  std::array<char, 4096> buffer_;
+};
+
+std::string_view name_of(const CIMelement& node) {
   return node.name != nullptr ? node.name : "";
 }
 
-void append_end_tag(std::string& out, const CIMelement& node) {
-  out.append("</").append(name_of(node)).append(">\n");
+void put_end_tag(Output& out, const CIMelement& node) {
+  out.put("</");
+  out.put(name_of(node));
+  out.put(">\n");
 }
 
 // The list ends at the first attribute whose name is not known.
-void append_start_tag(std::string& out, CIMelement& node) {
-  out.append("<").append(name_of(node));
+void put_start_tag(Output& out, CIMelement& node) {
+  out.put("<");
+  out.put(name_of(node));
+  const unsigned count = node.attributes != nullptr ? node.attributes->argc : 0;
   char* text = nullptr;
-  for (unsigned i = 0;; ++i) {
+  for (unsigned i = 0; i < count; ++i) {
     const int id = node.attr_get(i, &text);
     if (id < 0 || id >= attr::UNKNOWN) return;
-    out.append(" ").append(known_cim_attributes[id]).append("=\"").append(text).append("\"");
+    out.put(" ");
+    out.put(known_cim_attributes[id]);
+    out.put("=\"");
+    out.put(text);
+    out.put("\"");
   }
 }
 
-void append_leaf_end(std::string& out, const CIMelement& node) {
-  if (node.value == nullptr)
-    out.append("/>\n");
-  else
-    out.append(">").append(node.value).append("</").append(name_of(node)).append(">\n");
+void put_leaf_end(Output& out, const CIMelement& node) {
+  if (node.value == nullptr) return out.put("/>\n");
+  out.put(">");
+  out.put(node.value);
+  put_end_tag(out, node);
 }
 
 // Closes the ancestors of `node` that end before an element whose parent is `next_parent`. False
 // when that is none of them.
-bool append_ancestor_ends(std::string& out, const CIMelement& node, const CIMelement* next_parent) {
+bool put_ancestor_ends(Output& out, const CIMelement& node, const CIMelement* next_parent) {
   const CIMelement* ancestor = node.parent;
   for (; ancestor != next_parent && ancestor != nullptr; ancestor = ancestor->parent)
-    append_end_tag(out, *ancestor);
+    put_end_tag(out, *ancestor);
   return ancestor == next_parent;
 }
 
-unsigned generate(CIMelement& top, std::string& out) {
-  const CIMelement* const last = top.getLastElement();
-  if (top.name == known_cim_elements[elem::CIM])
-    out = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n";
+// Whether the subtree of `top` ends with `node`: where a node follows that has its parent, or its
+// parent's parent.
+bool is_last(const CIMelement& node, const CIMelement& top) {
+  if (node.next == nullptr) return true;
+  const CIMelement* const outer = top.parent != nullptr ? top.parent->parent : nullptr;
+  return node.next->parent == top.parent || node.next->parent == outer;
+}
+
+unsigned put_subtree(Output& out, CIMelement& top) {
   for (CIMelement* node = &top; node != nullptr; node = node->next) {
-    append_start_tag(out, *node);
+    put_start_tag(out, *node);
     const CIMelement* const next_parent = node->next != nullptr ? node->next->parent : top.parent;
     if (next_parent == node) {
-      out.append(">\n");
+      out.put(">\n");
       if (node->value != nullptr) trace_error("(#PCDATA) not allowed here!");
       continue;
     }
-    append_leaf_end(out, *node);
-    if (!append_ancestor_ends(out, *node, next_parent)) {
+    put_leaf_end(out, *node);
+    if (!put_ancestor_ends(out, *node, next_parent)) {
       trace_error("bad data in CIMelement found!");
       return status::failure;
     }
-    if (node == last) break;
+    if (is_last(*node, top)) break;
   }
   return status::success;
+}
+
+unsigned generate(CIMelement& top, std::string& text) {
+  if (top.name == known_cim_elements[elem::CIM])
+    text = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n";
+  Output out(text);
+  const unsigned outcome = put_subtree(out, top);
+  out.flush();
+  return outcome;
 }
 
 }  // namespace

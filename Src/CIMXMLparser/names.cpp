@@ -2,6 +2,10 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM::codec {
@@ -29,6 +33,35 @@ int NameTable::find(std::string_view name) const {
   std::size_t slot = slot_of(name);
   while (ids_[slot] >= 0 && names_[slot] != name) slot = (slot + 1) % slot_count;
   return ids_[slot];
+}
+
+NameRow::NameRow(const char* name) : text_(name), size_(std::strlen(name)) {
+  assert(size_ <= sizeof words_);
+  std::memcpy(words_.data(), name, size_);
+  std::memset(masks_.data(), 0xFF, size_);
+}
+
+namespace {
+
+template <std::size_t count>
+std::array<NameRow, count> rows_of(const char* const* names) {
+  std::array<NameRow, count> rows;
+  for (std::size_t id = 0; id < count; ++id) rows[id] = NameRow(names[id]);
+  return rows;
+}
+
+}  // namespace
+
+const std::array<NameRow, 70>& element_names() {
+  static_assert(elem::UNKNOWN == 70);
+  static const auto rows = rows_of<70>(known_cim_elements);
+  return rows;
+}
+
+const std::array<NameRow, 33>& attribute_names() {
+  static_assert(attr::UNKNOWN == 33);
+  static const auto rows = rows_of<33>(known_cim_attributes);
+  return rows;
 }
 
 int find_element(std::string_view name) {

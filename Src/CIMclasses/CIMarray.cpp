@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "BRQ/Trace.h"
+#include "CIMclasses/tree_memory.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
@@ -85,6 +86,29 @@ void* make_block(const void* data, std::size_t prefix, std::size_t length) {
   return block;
 }
 
+// A copy of an attribute's record; null when memory is short.
+void* copy_record(const void* record) {
+  const std::size_t length = 1 + std::strlen(static_cast<const char*>(record) + 1) + 1;
+  void* const copy = std::malloc(length);
+  if (copy != nullptr) std::memcpy(copy, record, length);
+  return copy;
+}
+
+// Makes slots and blocks of an array that lie in a document's memory blocks of the heap, so that
+// they can change. When memory is short nothing changes, and the result is false.
+bool make_changeable(CIMarray& array) {
+  if (!NodeMemory::is_in_chunk(array)) return true;
+  CIMarray copy;
+  if (!resize(copy, std::max(array.argc, 1U))) return false;
+  for (; copy.argc < array.argc; ++copy.argc)
+    if ((copy.argv[copy.argc] = copy_record(array.argv[copy.argc])) == nullptr) return false;
+  array.argv = std::exchange(copy.argv, nullptr);
+  array.maxargc = std::exchange(copy.maxargc, 0);
+  copy.argc = 0;
+  NodeMemory::leave_chunk(array);
+  return true;
+}
+
 Appended append(CIMarray* array, const void* data, int size, int grow) {
   if (array == nullptr || (data == nullptr && size < 1)) return {nullptr, "NULL pointer!!"};
   const std::size_t length =
@@ -92,7 +116,8 @@ Appended append(CIMarray* array, const void* data, int size, int grow) {
   const BRQ::Threading::CSyncGuard guard(array->lock);
   if (array->elementSize == 0) array->elementSize = size;
   if (array->elementSize != size) return {nullptr, "different length of array elements!"};
-  if (!make_room(*array, grow)) return {nullptr, "cannot realloc array!"};
+  if (!make_changeable(*array) || !make_room(*array, grow))
+    return {nullptr, "cannot realloc array!"};
   void* const block = make_block(data, prefix_length(size), length);
   if (block == nullptr) return {nullptr, "cannot alloc array!"};
   array->argv[array->argc] = block;
@@ -100,23 +125,41 @@ Appended append(CIMarray* array, const void* data, int size, int grow) {
   return {block, nullptr};
 }
 
+// A block that lies in a chunk is left to it.
+void free_block(const CIMarray& array, void* block) {
+  if (!NodeMemory::is_in_chunk(array)) std::free(block);
+}
+
 // Frees the elements from `n` on.
 void truncate(CIMarray& array, unsigned n) {
   while (array.argc > n) {
     set_argc(array, array.argc - 1);
-    if (array.argv != nullptr) std::free(std::exchange(array.argv[array.argc], nullptr));
+    if (array.argv != nullptr) free_block(array, std::exchange(array.argv[array.argc], nullptr));
   }
+}
+
+// Slots and blocks that lie in a chunk are left to it.
+void free_everything(CIMarray& array) {
+  if (NodeMemory::is_in_chunk(array)) {
+    array.argv = nullptr;
+    NodeMemory::leave_chunk(array);
+  }
+  truncate(array, 0);
+  drop_slots(array);
+  array.maxargc = 0;
+  array.elementSize = 0;
 }
 
 // False when memory is short.
 bool set_capacity(CIMarray& array, unsigned n) {
   const BRQ::Threading::CSyncGuard guard(array.lock);
+  if (n == 0) {
+    free_everything(array);
+    return true;
+  }
+  if (array.maxargc == n) return true;
   truncate(array, n);
-  if (n != 0) return array.maxargc == n || resize(array, n);
-  drop_slots(array);
-  array.maxargc = 0;
-  array.elementSize = 0;
-  return true;
+  return make_changeable(array) && resize(array, n);
 }
 
 // The lock spans both steps, so that an element appended meanwhile is not taken for a spare slot.
@@ -188,7 +231,7 @@ void CIMarray::erase(unsigned i) noexcept {
   // Another thread may have removed elements in between.
   if (i >= argc) return;
   if (argv != nullptr) {
-    std::free(argv[i]);
+    free_block(*this, argv[i]);
     std::move(argv + i + 1, argv + maxargc, argv + i);
     argv[maxargc - 1] = nullptr;
   }

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "BRQ/Trace.h"
+#include "CIMclasses/access.h"
+#include "CIMclasses/tree_memory.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
@@ -36,7 +38,48 @@ void append_run(CIMelement** chain, CIMelement* run) {
 void free_content(CIMelement& node) {
   node.name = nullptr;
   std::free(std::exchange(node.value, nullptr));
-  delete std::exchange(node.attributes, nullptr);
+  NodeMemory::free_attributes(std::exchange(node.attributes, nullptr));
+}
+
+// Counts freed nodes that follow each other in a chunk, to give them back to it all at once.
+class FreedNodes {
+ public:
+  FreedNodes() = default;
+  ~FreedNodes() { give_back(); }
+  FreedNodes(const FreedNodes&) = delete;
+  FreedNodes& operator=(const FreedNodes&) = delete;
+
+  void add(const CIMelement& node, TreeChunk* chunk) noexcept {
+    if (chunk != chunk_) give_back();
+    forbid_access(&node, sizeof node);
+    chunk_ = chunk;
+    ++count_;
+  }
+
+ private:
+  void give_back() noexcept {
+    if (count_ != 0) chunk_->release(std::exchange(count_, 0));
+  }
+
+  TreeChunk* chunk_ = nullptr;
+  std::size_t count_ = 0;
+};
+
+// Frees all nodes from `node` on.
+void free_chain(CIMelement* node) noexcept {
+  FreedNodes freed;
+  while (node != nullptr) {
+    CIMelement* const after = node->next;
+    if (TreeChunk* const chunk = NodeMemory::chunk_of(*node)) {
+      std::free(node->value);
+      NodeMemory::free_attributes(node->attributes);
+      freed.add(*node, chunk);
+    } else {
+      node->next = nullptr;
+      delete node;
+    }
+    node = after;
+  }
 }
 
 // How many records an array holds; those that were lost with their slots do not count.
@@ -158,14 +201,10 @@ CIMelement* CIMelement::redirect_chain(CIMelement** chain, bool with_subtree) no
 }
 
 void CIMelement::eclean() noexcept {
-  CIMelement* node = this;
-  while (node != nullptr) {
-    CIMelement* const after = std::exchange(node->next, nullptr);
-    node->parent = nullptr;
-    free_content(*node);
-    if (node != this) delete node;
-    node = after;
-  }
+  if (this == nullptr) return;
+  parent = nullptr;
+  free_content(*this);
+  free_chain(std::exchange(next, nullptr));
 }
 
 }  // namespace zuCIM

@@ -1,5 +1,7 @@
 #include "zuCIM/element.h"
 
+#include <cstdint>
+
 #include "CIMclasses/text.h"
 #include "zuCIM/vocabulary.h"
 
@@ -25,6 +27,14 @@ class SubtreeEnd {
   const CIMelement* grandparent_;
 };
 
+// The nodes of a parsed document lie one after the other in memory, so what a walk is going to need
+// can be asked for early. For other nodes it is a guess that costs nothing.
+void fetch_ahead(const CIMelement* node) {
+  constexpr std::uintptr_t distance = 40 * sizeof *node;
+  __builtin_prefetch(
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(node) + distance));
+}
+
 // The table row that stands for a kind of element; null, which no search accepts, for a wrong id.
 const char* kind_of(int element) {
   return element >= 0 && element < elem::COUNT ? known_cim_elements[element] : nullptr;
@@ -46,7 +56,10 @@ CIMelement* CIMelement::getLastElement() noexcept {
   if (this == nullptr) return nullptr;
   const SubtreeEnd end(this);
   CIMelement* last = this;
-  while (!end.is_last(last)) last = last->next;
+  while (!end.is_last(last)) {
+    fetch_ahead(last);
+    last = last->next;
+  }
   return last;
 }
 

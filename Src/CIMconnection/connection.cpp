@@ -1,3 +1,4 @@
+#include <cstring>
 #include <exception>
 #include <string>
 #include <utility>
@@ -34,6 +35,11 @@ void report(CIMconnection& connection, const char* function, const std::exceptio
 // Changes of several strings are made all or not at all: the new values are made first, and then
 // swapped in, which cannot fail.
 
+// Overwrites a text that is about to be given back, so that it does not stay in free memory.
+void wipe(std::string& text) noexcept {
+  ::explicit_bzero(text.data(), text.size());
+}
+
 // What a server record says, in copies.
 struct ServerTexts {
   std::string host;
@@ -64,6 +70,10 @@ struct ServerTexts {
         ca_file(source.caFile),
         certificate(source.sslCert),
         key(source.sslKey) {}
+
+  ServerTexts(const ServerTexts&) = delete;
+  ServerTexts& operator=(const ServerTexts&) = delete;
+  ~ServerTexts() { wipe(password); }
 
   void swap_into(CIMconnection& target) noexcept {
     target.host.swap(host);
@@ -122,6 +132,10 @@ void copy_numbers(CIMconnection& target, const CIMconnection& source) noexcept {
   target.reservedInt = source.reservedInt;
   set_busy(target, is_busy(source));
   target.skipIpCheck = source.skipIpCheck;
+  target.largestBody = source.largestBody;
+  target.largestHeader = source.largestHeader;
+  target.verifyHost = source.verifyHost;
+  target.oldestTls = source.oldestTls;
 }
 
 // Copies all but the texts, which `texts` brings.
@@ -153,7 +167,11 @@ CIMconnection::CIMconnection()
       esxiBusy(false),
       skipIpCheck(false),
       curl(nullptr),
-      headers(nullptr) {
+      headers(nullptr),
+      largestBody(answer_limit::largest_body),
+      largestHeader(answer_limit::largest_header),
+      verifyHost(false),
+      oldestTls(OldestTls::any) {
   lock.Init(lock_spin);
 }
 
@@ -168,6 +186,7 @@ CIMconnection::CIMconnection(const CIMconnection& source) : CIMconnection() {
 
 CIMconnection::~CIMconnection() {
   release_in_any_case(*this);
+  wipe(password);
 }
 
 CIMconnection& CIMconnection::operator=(const CIMconnection& source) noexcept {

@@ -1,18 +1,22 @@
 #include "zuCIM/container.h"
 
+#include <utility>
+
 #include "CIMconnection/registry.h"
 
 namespace zuCIM {
 
 namespace {
 
-// Copies what a context has beyond its connection and its index. A listener is never shared.
+// Copies what a context has beyond its connection and its index. A listener is never
+// shared; the target's own one ends.
 void copy_own_members(CIMcontainer& target, const CIMcontainer& source) noexcept {
   target.classes = source.classes;
   target.methodName = source.methodName;
   target.currentClass = source.currentClass;
   target.callerValue = source.callerValue;
-  target.listener = nullptr;
+  target.mostDeletions = source.mostDeletions;
+  delete std::exchange(target.listener, nullptr);
 }
 
 }  // namespace
@@ -22,14 +26,18 @@ CIMcontainer::CIMcontainer()
       listener(nullptr),
       methodName(nullptr),
       index(no_index),
-      callerValue(0) {}
+      callerValue(0),
+      mostDeletions(subscription_limit::most_deletions) {}
 
 CIMcontainer::CIMcontainer(const CIMcontainer& source)
     : CIMconnection(source), listener(nullptr), index(source.index) {
   copy_own_members(*this, source);
 }
 
-CIMcontainer::~CIMcontainer() = default;
+// The server keeps the instances of a subscription that still stands.
+CIMcontainer::~CIMcontainer() {
+  delete listener;
+}
 
 CIMcontainer& CIMcontainer::operator=(const CIMcontainer& source) noexcept {
   if (this == &source) return *this;

@@ -40,6 +40,17 @@ void set_pem_file(CIMconnection& connection, CURLoption type_option, CURLoption 
   set_option(connection, file_option, file.c_str());
 }
 
+long ssl_version(OldestTls oldest) noexcept {
+  switch (oldest) {
+    case OldestTls::version_1_2:
+      return CURL_SSLVERSION_TLSv1_2;
+    case OldestTls::version_1_3:
+      return CURL_SSLVERSION_TLSv1_3;
+    default:
+      return CURL_SSLVERSION_DEFAULT;
+  }
+}
+
 // A failing option is recorded and does not keep the others from being set. The traced value names
 // the last file that was set, it is no combination of bits.
 void set_tls_options(CIMconnection& connection) noexcept {
@@ -57,6 +68,7 @@ void set_tls_options(CIMconnection& connection) noexcept {
     last_file = 4;
   }
   set_option(connection, CURLOPT_SSL_VERIFYPEER, connection.verifyPeer != 0 ? 1L : 0L);
+  set_option(connection, CURLOPT_SSLVERSION, ssl_version(connection.oldestTls));
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::detail, trace_source,
             "[%s]       initCurlHandle: SSL=0x%x", connection.host, last_file);
 }

@@ -1,6 +1,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <exception>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "BRQ/Trace.h"
 #include "CIMconnection/busy_flag.h"
+#include "CIMconnection/credentials.h"
 #include "CIMconnection/curl_option.h"
 #include "CIMconnection/data_callback.h"
 #include "CIMconnection/progress.h"
@@ -16,6 +18,7 @@
 #include "CIMconnection/response_scan.h"
 #include "CIMconnection/running_exchange.h"
 #include "CIMconnection/status.h"
+#include "CIMconnection/verbose_output.h"
 #include "zuCIM/connection.h"
 #include "zuCIM/indication.h"
 #include "zuCIM/vocabulary.h"
@@ -36,11 +39,16 @@ constexpr CURLoption progress_function_option = CURLOPT_PROGRESSFUNCTION;
 #pragma GCC diagnostic pop
 
 // curl_easy_setopt takes anything, so the types of the callbacks are checked here.
-static_assert(std::is_convertible_v<decltype(&append_data), curl_write_callback>);
+static_assert(std::is_convertible_v<decltype(&append_limited_data), curl_write_callback>);
+static_assert(std::is_convertible_v<decltype(&write_verbose_output), curl_debug_callback>);
 static_assert(std::is_convertible_v<decltype(&checkProgress), curl_progress_callback>);
 
 int read_shared(int& number) noexcept {
   return std::atomic_ref<int>(number).load();
+}
+
+bool is_verbose() noexcept {
+  return (read_shared(do_cim_debug) & 1) != 0;
 }
 
 int refuse_transfer(CIMconnection& connection) noexcept {
@@ -66,8 +74,8 @@ class LentPointers {
   LentPointers& operator=(const LentPointers&) = delete;
   ~LentPointers() {
     void* const nothing = nullptr;
-    for (const CURLoption option :
-         {CURLOPT_PROGRESSDATA, CURLOPT_HTTPHEADER, CURLOPT_WRITEDATA, CURLOPT_HEADERDATA})
+    for (const CURLoption option : {CURLOPT_PROGRESSDATA, CURLOPT_HTTPHEADER, CURLOPT_WRITEDATA,
+                                    CURLOPT_HEADERDATA, CURLOPT_ERRORBUFFER, CURLOPT_DEBUGDATA})
       curl_easy_setopt(handle_, option, nothing);
     // Without any text libcurl would read the body from standard input.
     curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, "");
@@ -116,8 +124,9 @@ bool set_address_options(CIMconnection& connection) {
   return set_option(connection, CURLOPT_URL, url.c_str()) &&
          set_option(connection, CURLOPT_NOPROGRESS, 0L) &&
          set_option(connection, CURLOPT_POST, 1L) &&
-         // The name in the server's certificate is not compared with the host.
-         set_option(connection, CURLOPT_SSL_VERIFYHOST, 0L) &&
+         // Unless the caller asks for it, the name in the certificate is not compared with the
+         // host.
+         set_option(connection, CURLOPT_SSL_VERIFYHOST, connection.verifyHost ? 2L : 0L) &&
          set_option(connection, CURLOPT_HTTPAUTH, CURLAUTH_BASIC) &&
          set_option(connection, CURLOPT_USERNAME, connection.user.c_str()) &&
          set_option(connection, CURLOPT_PASSWORD, connection.password.c_str());
@@ -146,15 +155,40 @@ bool make_headers(CIMconnection& connection, const char* method, const char* obj
   return false;
 }
 
-bool set_data_options(CIMconnection& connection) noexcept {
+// What one transfer leaves behind beside the texts of its connection.
+struct Transfer {
+  explicit Transfer(CIMconnection& connection)
+      : header{connection.responseHeader, connection.largestHeader},
+        body{connection.responseBody, connection.largestBody},
+        credentials(is_verbose() ? wire_credentials(connection) : std::string()) {}
+
+  Progress progress;
+  LimitedText header;
+  LimitedText body;
+  // What must not show in libcurl's verbose output; empty while that is off.
+  std::string credentials;
+  // What libcurl has to say about a failure beyond its code.
+  std::array<char, CURL_ERROR_SIZE> detail{};
+  CURLcode result = CURLE_OK;
+};
+
+// None of these is essential.
+void set_diagnostic_options(CIMconnection& connection, Transfer& transfer) noexcept {
+  curl_easy_setopt(connection.curl, CURLOPT_ERRORBUFFER, transfer.detail.data());
+  curl_easy_setopt(connection.curl, CURLOPT_DEBUGFUNCTION, &write_verbose_output);
+  curl_easy_setopt(connection.curl, CURLOPT_DEBUGDATA, &transfer.credentials);
+  curl_easy_setopt(connection.curl, CURLOPT_VERBOSE, is_verbose() ? 1L : 0L);
+}
+
+bool set_data_options(CIMconnection& connection, Transfer& transfer) noexcept {
   if (!set_option(connection, CURLOPT_HTTPHEADER, connection.headers) ||
-      !set_option(connection, CURLOPT_WRITEFUNCTION, &append_data) ||
-      !set_option(connection, CURLOPT_WRITEDATA, &connection.responseBody) ||
-      !set_option(connection, CURLOPT_HEADERFUNCTION, &append_data) ||
-      !set_option(connection, CURLOPT_HEADERDATA, &connection.responseHeader) ||
+      !set_option(connection, CURLOPT_WRITEFUNCTION, &append_limited_data) ||
+      !set_option(connection, CURLOPT_WRITEDATA, &transfer.body) ||
+      !set_option(connection, CURLOPT_HEADERFUNCTION, &append_limited_data) ||
+      !set_option(connection, CURLOPT_HEADERDATA, &transfer.header) ||
       !set_option(connection, CURLOPT_FAILONERROR, 1L))
     return false;
-  curl_easy_setopt(connection.curl, CURLOPT_VERBOSE, read_shared(do_cim_debug) & 1L);
+  set_diagnostic_options(connection, transfer);
   return set_option(connection, CURLOPT_POSTFIELDS, connection.request.c_str()) &&
          set_option(connection, CURLOPT_POSTFIELDSIZE,
                     static_cast<long>(connection.request.size()));
@@ -175,10 +209,36 @@ bool means_no_connection(CURLcode result) noexcept {
          result == CURLE_GOT_NOTHING;
 }
 
-void judge_transfer(CIMconnection& connection, CURLcode result) noexcept {
+bool is_of_tls(CURLcode result) noexcept {
+  constexpr std::array codes{CURLE_SSL_CONNECT_ERROR,     CURLE_PEER_FAILED_VERIFICATION,
+                             CURLE_SSL_CERTPROBLEM,       CURLE_SSL_CACERT_BADFILE,
+                             CURLE_SSL_INVALIDCERTSTATUS, CURLE_SSL_CIPHER};
+  return std::find(codes.begin(), codes.end(), result) != codes.end();
+}
+
+// Tells what a failed transfer was about, where its code does not say it all.
+void explain_transfer(const CIMconnection& connection, const Transfer& transfer) noexcept {
+  if (is_of_tls(transfer.result))
+    BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
+              "[%s] TLS: %s (CA file '%s')", connection.host, transfer.detail.data(),
+              connection.caFile);
+}
+
+// An answer that is too large is dropped: nobody wants a part of it, and it need not be parsed.
+bool is_too_large(CIMconnection& connection, const Transfer& transfer) noexcept {
+  if (!transfer.header.is_exceeded && !transfer.body.is_exceeded) return false;
+  connection.responseHeader.clear();
+  std::string().swap(connection.responseBody);
+  record(connection, CURLE_WRITE_ERROR, "sendRequest_recvResponse: the answer is too large");
+  return true;
+}
+
+void judge_transfer(CIMconnection& connection, const Transfer& transfer) noexcept {
+  const CURLcode result = transfer.result;
   connection.infoFlags &= ~(info_flag::credentials_refused | info_flag::no_connection);
-  if (result == CURLE_OK) return;
+  if (result == CURLE_OK || is_too_large(connection, transfer)) return;
   record(connection, result);
+  explain_transfer(connection, transfer);
   long response_code = -1;
   curl_easy_getinfo(connection.curl, CURLINFO_RESPONSE_CODE, &response_code);
   if (response_code == 401) {
@@ -221,20 +281,20 @@ void judge_cim_status_code(CIMconnection& connection) {
 
 // Sends the request and collects the answer; false when it did not come so far that there is a
 // transfer to judge.
-bool transfer(CIMconnection& connection, const char* method, const char* object, CURLcode& result) {
-  Progress progress;
+bool run(CIMconnection& connection, const char* method, const char* object, Transfer& transfer) {
   const LentPointers lent(connection.curl);
-  if (!set_address_options(connection) || !set_time_options(connection, progress) ||
-      !make_headers(connection, method, object) || !set_data_options(connection))
+  transfer.body.handle = connection.curl;
+  if (!set_address_options(connection) || !set_time_options(connection, transfer.progress) ||
+      !make_headers(connection, method, object) || !set_data_options(connection, transfer))
     return false;
-  result = perform(connection);
+  transfer.result = perform(connection);
   return true;
 }
 
 // The first failure that is found becomes the status, the later ones are traced only.
-void judge_answer(CIMconnection& connection, CURLcode result) {
-  judge_transfer(connection, result);
-  judge_body(connection, result);
+void judge_answer(CIMconnection& connection, const Transfer& transfer) {
+  judge_transfer(connection, transfer);
+  judge_body(connection, transfer.result);
   judge_error_element(connection);
   judge_status_line(connection);
   judge_cim_status_code(connection);
@@ -245,11 +305,11 @@ int exchange(CIMconnection& connection, const char* method, const char* object) 
   connection.responseHeader.clear();
   connection.responseBody.clear();
   connection.result.eclean();
-  CURLcode result = CURLE_OK;
+  Transfer transfer(connection);
   if (!is_ready(connection) || !is_fit_for_headers(connection, method, object) ||
-      !transfer(connection, method, object, result))
+      !run(connection, method, object, transfer))
     return connection.ChkCimStatus();
-  judge_answer(connection, result);
+  judge_answer(connection, transfer);
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::progress, trace_source,
             "[%s]    Leave sendRequest_recvResponse() errCode=%d", connection.host,
             connection.cimStatus);

@@ -155,6 +155,50 @@ void register_context(const _THR_SERVER_* server, std::uint64_t caller_value) {
               "putargv: Exception raised: %s", failure);
 }
 
+// The position of this very context; the element count when it is not registered.
+unsigned position_of(const CIMcontainer& context) noexcept {
+  unsigned position = 0;
+  while (position < gCIMContainers.argc && context_at(position) != &context) ++position;
+  return position;
+}
+
+// Takes a context out and closes the gap. Null when it is not registered.
+ContextBlock take_out(const CIMcontainer& context) noexcept {
+  const CSyncGuard guard(gCIMContainers.lock);
+  const unsigned position = position_of(context);
+  if (position == gCIMContainers.argc) return nullptr;
+  ContextBlock taken(context_at(position));
+  gCIMContainers.argv[position] = nullptr;
+  gCIMContainers.erase(position);
+  return taken;
+}
+
+// The slots of the array, taken out of it with the contexts in them.
+struct DetachedContexts {
+  void** slots = nullptr;
+  std::uint32_t count = 0;
+
+  // Destroys the contexts and frees the slots.
+  void destroy() noexcept {
+    for (std::uint32_t position = 0; slots != nullptr && position < count; ++position)
+      if (slots[position] != nullptr) BlockDeleter()(static_cast<CIMcontainer*>(slots[position]));
+    std::free(std::exchange(slots, nullptr));
+  }
+};
+
+// What became of emptying the array: the contexts, and what the array said.
+struct Emptied {
+  DetachedContexts contexts;
+  int result;
+};
+
+Emptied detach_all() noexcept {
+  const CSyncGuard guard(gCIMContainers.lock);
+  void** const slots = std::exchange(gCIMContainers.argv, nullptr);
+  const std::uint32_t count = gCIMContainers.argc;
+  return {{slots, count}, gCIMContainers.setmaxargc(0)};
+}
+
 void release_all_handles() noexcept {
   if (RunningExchange::is_any()) return;
   const auto size = static_cast<unsigned>(getContainerSize());
@@ -163,28 +207,15 @@ void release_all_handles() noexcept {
 }
 
 // What the registry held when the process ended in the midst of an exchange.
-void** kept_slots = nullptr;
+constinit DetachedContexts kept;
 
 // Destroys the contexts that are still registered when the library is unloaded. It is defined after
 // the array and so destroyed before it, also when the array is used before both: neither needs code
 // to be ready.
 struct LastContexts {
   ~LastContexts() {
-    const std::uint32_t count = detach();
-    if (RunningExchange::is_any()) return;
-    for (std::uint32_t position = 0; position < count && kept_slots != nullptr; ++position)
-      if (kept_slots[position] != nullptr)
-        BlockDeleter()(static_cast<CIMcontainer*>(kept_slots[position]));
-    std::free(std::exchange(kept_slots, nullptr));
-  }
-
- private:
-  // Takes the contexts out of the array into `kept_slots`; returns their number.
-  static std::uint32_t detach() noexcept {
-    const CSyncGuard guard(gCIMContainers.lock);
-    kept_slots = std::exchange(gCIMContainers.argv, nullptr);
-    gCIMContainers.maxargc = 0;
-    return std::exchange(gCIMContainers.argc, 0);
+    kept = detach_all().contexts;
+    if (!RunningExchange::is_any()) kept.destroy();
   }
 } last_contexts;
 
@@ -195,6 +226,18 @@ void change_index(CIMcontainer& context, std::uint32_t index) noexcept {
   if (context.index == index) return;
   if (indices_grow && is_found(context)) indices_grow = false;
   context.index = index;
+}
+
+// Contexts are destroyed when the lock is free again, since that writes traces.
+
+void erase_context(CIMcontainer& context) noexcept {
+  const ContextBlock taken = take_out(context);
+}
+
+int erase_all_contexts() noexcept {
+  Emptied emptied = detach_all();
+  emptied.contexts.destroy();
+  return emptied.result;
 }
 
 void swap_server_address(CIMconnection& connection, std::string& ip, std::string& name) noexcept {

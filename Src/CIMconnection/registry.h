@@ -14,6 +14,14 @@ inline constexpr std::uint32_t no_index = 0xFFFFFFFF;
 // the registry no longer grow with the position.
 void change_index(CIMcontainer& context, std::uint32_t index) noexcept;
 
+// Takes a registered context out of the registry and destroys it; later ones move down by one
+// position. What the context has on its server stays there.
+void erase_context(CIMcontainer& context) noexcept;
+
+// Takes all contexts out of the registry and destroys them. Returns what emptying the array
+// returned.
+int erase_all_contexts() noexcept;
+
 // Exchanges the connection's server address and name for these. Threads that admit contexts of
 // their own read the two of a registered one, so they change under the registry's lock.
 void swap_server_address(CIMconnection& connection, std::string& ip, std::string& name) noexcept;

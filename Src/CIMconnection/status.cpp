@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include "BRQ/Trace.h"
+#include "CIMconnection/credentials.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
@@ -16,7 +17,18 @@ void trace_record(const CIMconnection& connection, int code, const char* text, c
   const std::string shown = text != nullptr ? text : curl_text(code);
   const std::string_view name = base_name(file != nullptr ? file : "");
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
-            "[%s] SetCimStatus: %s@%d  ErrCode:%d %s", connection.host, name, line, code, shown);
+            "[%s] SetCimStatus: %s@%d  ErrCode:%d %s", connection.host, name, line, code,
+            without_echo(shown, wire_credentials(connection)));
+}
+
+// Writes the last exchange. A server may send back what it was sent, credentials included.
+void trace_exchange(const CIMconnection& connection) {
+  const std::string credentials = wire_credentials(connection);
+  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
+            "[%s] ------ REQUEST:\n%s------ RESPONSE-HEADER:\n%s------ RESPONSE:\n%s",
+            connection.host, connection.request,
+            without_echo(connection.responseHeader, credentials),
+            without_echo(connection.responseBody, credentials));
 }
 
 }  // namespace
@@ -61,9 +73,12 @@ int CIMconnection::SetCimStatus_FL(int code, const char* text, const char* file,
 }
 
 void CIMconnection::Debug_Request_Response() noexcept {
-  BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
-            "[%s] ------ REQUEST:\n%s------ RESPONSE-HEADER:\n%s------ RESPONSE:\n%s", host,
-            request, responseHeader, responseBody);
+  if (!BRQ_MODULE_INFO_zuCIM.is_enabled(trace_level::warning)) return;
+  try {
+    trace_exchange(*this);
+  } catch (...) {
+    // Without memory the dump is lost; it must not go out unmasked.
+  }
 }
 
 }  // namespace zuCIM

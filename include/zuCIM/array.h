@@ -23,6 +23,16 @@ class ZUCIM_API CIMarray {
   std::uint32_t argc = 0;
   // Capacity in slots.
   std::uint32_t maxargc = 0;
+
+ private:
+  friend class NodeMemory;
+
+  // Whether the array lies in the memory of a parsed document. Its slots and blocks do so, too,
+  // until it leaves that memory because it changes.
+  bool is_of_chunk_ = false;
+  bool has_left_chunk_ = false;
+
+ public:
   // Guards the fields above.
   BRQ::Threading::Native_OS::CCriticalSection lock;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -23,7 +24,9 @@ struct _THR_SERVER_ {
   // TCP port as text; "5989" selects HTTPS, every other text HTTP.
   const char* port;
   // CA certificate file (PEM); a non-empty text switches verification of the server's certificate
-  // on. The host name in the certificate is never verified.
+  // on: it must be valid today and issued by one of these. Without it any certificate is taken,
+  // and anybody on the way can pose as the server. The host name in the certificate is verified
+  // only where CIMconnection::verifyHost asks for it.
   const char* caFile;
   // Client certificate file (PEM).
   const char* certFile;
@@ -31,8 +34,25 @@ struct _THR_SERVER_ {
   const char* keyFile;
 };
 
-// Bit 0 makes libcurl write its verbose output to standard error.
+// Bit 0 makes libcurl write its verbose output to standard error; any bit makes subscribe_check
+// trace the instances that it finds.
 extern ZUCIM_API int do_cim_debug;
+
+// How much a connection takes of one answer, unless its members say otherwise.
+namespace answer_limit {
+// Bytes of the body.
+inline constexpr std::size_t largest_body = 256 * 1024 * 1024;
+// Bytes of all header lines together, interim answers included.
+inline constexpr std::size_t largest_header = 256 * 1024;
+}  // namespace answer_limit
+
+// The oldest version of TLS that a connection speaks.
+enum class OldestTls : std::int32_t {
+  // What libcurl and its TLS library take by themselves.
+  any,
+  version_1_2,
+  version_1_3,
+};
 
 // The way to one server: address and credentials, the transfer handle, the texts of one exchange,
 // the parsed answer and the status of the last operation.
@@ -88,6 +108,17 @@ class ZUCIM_API CIMconnection {
   // Header list of the current request; null when there is none.
   curl_slist* headers;
   BRQ::Threading::Native_OS::CCriticalSection lock;
+  // Most bytes of an answer's body, answer_limit::largest_body unless changed. A longer answer ends
+  // the exchange with status 23 and is dropped.
+  std::size_t largestBody;
+  // The same for its header lines, answer_limit::largest_header unless changed.
+  std::size_t largestHeader;
+  // Set it to true, before the first exchange, to have the name in the server's certificate
+  // compared with `host`. It says nothing about who issued the certificate: that is what caFile is
+  // for.
+  bool verifyHost;
+  // Set it, before the first exchange, to refuse servers that speak only older versions of TLS.
+  OldestTls oldestTls;
 
   // Makes a connection to nowhere that refuses transfers until its busy flag is set.
   CIMconnection();

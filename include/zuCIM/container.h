@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "zuCIM/array.h"
@@ -39,6 +40,12 @@ struct _paramvalue_ {
   const void* values;
 };
 
+// How often a context asks a server to delete, unless its member says otherwise.
+namespace subscription_limit {
+// Deletions that one unsubscribe or unsubscribe_all asks for in each of the three classes.
+inline constexpr std::size_t most_deletions = 10000;
+}  // namespace subscription_limit
+
 // The client context of one server: its connection, the classes that the caller works with, and the
 // operations.
 //
@@ -56,7 +63,8 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   CIMclass classes;
   // The class that requests address, an entry of `classes`; null when none is chosen.
   CIMclass* currentClass;
-  // The indication listener; null while there is no subscription.
+  // The indication listener, owned by the context; null while there is no subscription. A context
+  // that is destroyed or assigned to stops it and leaves the server as it is.
   CIMindication* listener;
   // Name of the method that is being called.
   const char* methodName;
@@ -64,6 +72,11 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   std::uint32_t index;
   // The caller's value, never interpreted.
   std::uint64_t callerValue;
+  // Most deletions in one class by unsubscribe or unsubscribe_all,
+  // subscription_limit::most_deletions unless changed. A server that still lists an instance to
+  // delete after that many ends the class as a failed deletion does, with status 1001: one that
+  // invents new names for ever must not keep its client for ever.
+  std::size_t mostDeletions;
 
   // Makes a context that is not registered.
   CIMcontainer();
@@ -198,6 +211,45 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   // status, 5005 when nothing was found and no other status was recorded.
   int getNameSpace(CIMarray& names) noexcept;
 
+  // Indications. A subscription is three instances in the server's namespace "root/interop"
+  // (filter, handler, and the subscription that binds them) and a listener in this process. The
+  // context knows its instances again by their SystemName, which is made of `localIP` and
+  // `createdAt`. These functions are operations: the context has to be busy, each request is tried
+  // again as performIntrinsicMethod says, and the current class is another one afterwards.
+
+  // Subscribes to the indications that `filter` describes and starts the listener, which hands them
+  // to `callback` (see IndicationCallback; not null) on threads of its own. The server sends them
+  // to http://`localIP`:`listener_port`/test; the port is from 1 on.
+  //
+  // Both lists end with an entry whose name is null. They are written to and must stay alive during
+  // the call: the filter needs entries named CreationClassName and SystemName, the handler these
+  // and Destination (in any case, of the type string, with count 1), whose values are replaced.
+  // Values that this put into SystemName and Destination are gone when it returns. All other
+  // properties, for example Name, Query and QueryLanguage, are sent as the caller filled them.
+  //
+  // Returns 0 or 1001. After a failure `unsubscribe` has removed what was made; the status is that
+  // one's, and the traces tell what failed. A server that could not be asked to remove anything
+  // leaves the context subscribed, as a failed unsubscribe does. A port that is in use does not
+  // fail the call: subscribe_check tells.
+  int subscribe(IndicationCallback callback, int listener_port, _properties_* filter,
+                _properties_* handler) noexcept;
+  // Deletes this context's subscription, filter and handler on the server, and stops and destroys
+  // the listener. Returns 0, also when there is no subscription (then nothing is sent), else 1001
+  // with the reason as status: then the listener goes on, and the call may be tried again. A server
+  // that lists an instance again right after it said that it deleted it makes it fail with status
+  // 1001, and so does one that lists more than `mostDeletions` of a class. May wait for the
+  // listener's thread, at most 30 seconds.
+  int unsubscribe() noexcept;
+  // Deletes all subscriptions, filters and handlers in the server's "root/interop", other clients'
+  // too, and then unsubscribes this context. Goes on with the next class after a failure. Returns
+  // the status of the last request, or that of unsubscribe when the context was subscribed.
+  int unsubscribe_all() noexcept;
+  // What of this context's subscription is missing: 0x1 the subscription, 0x10 the filter and 0x100
+  // the handler on the server, 0x1000 a listener that listens; 0 when all is there. What the server
+  // could not be asked for counts as missing. With do_cim_debug set, the SystemName of each
+  // instance that the server lists is traced at the warning level.
+  unsigned subscribe_check() noexcept;
+
   // Moving results out of `result`, or a tree of the caller's, into the current class entry.
 
   // Moves a run of INSTANCENAME elements; returns the first one moved, or 0.
@@ -225,6 +277,22 @@ ZUCIM_API int getCIM(unsigned index) noexcept;
 ZUCIM_API CIMcontainer* getContainer(unsigned position) noexcept;
 // The number of contexts.
 ZUCIM_API int getContainerSize() noexcept;
+
+// Giving contexts back. Both end a context's subscription on its server (see unsubscribe), whatever
+// comes of that, and then free_all and destroy the context. Nobody may use it or look contexts up
+// meanwhile.
+//
+// Of a subscribed context the order is: call `unsubscribe` while the context is busy, then
+// ESXi_Occupied(false), then one of these. One that is still busy makes free_all wait for 30
+// seconds; one that is not busy cannot send the requests of `unsubscribe`, and its instances stay
+// on the server.
+
+// Releases and removes the registered context that has the index of `context`: that one itself or a
+// copy. Does nothing when there is none. Later contexts move down one position; their addresses and
+// indices stay. A pointer or reference to the removed context is no longer valid.
+ZUCIM_API void eraseContainers(CIMcontainer& context) noexcept;
+// Releases all contexts and empties the registry; returns 0. Indices go on where they were.
+ZUCIM_API int clearContainers() noexcept;
 
 // Formats element `index` of an array of `type` (a type id) for a request; replaces `text` and
 // returns its length. A null array returns 0 and leaves `text`; char16, datetime and unknown types

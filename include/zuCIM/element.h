@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
+#include <new>
 #include <string>
 
 #include "zuCIM/array.h"
 #include "zuCIM/export.h"
 
 namespace zuCIM {
+
+struct TreeChunk;
 
 // One node of a CIM-XML document. A document is one chain of nodes in document order, in which each
 // node also points to its parent; the descendants of a node are the run of nodes that follows it.
@@ -33,6 +37,11 @@ class ZUCIM_API CIMelement {
   CIMelement(const CIMelement& source) noexcept;
   // Empties the node and frees every node after it.
   ~CIMelement();
+  // Nodes are made with new, and by ParseCIMXML; all are freed with delete.
+  static void* operator new(std::size_t size);
+  static void* operator new(std::size_t size, const std::nothrow_t& nothrow) noexcept;
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void operator delete(void* node, std::size_t size) noexcept;
   // Replaces the chain by a deep copy of the one that starts at `source`. When memory is short the
   // copy ends early.
   CIMelement& operator=(const CIMelement& source) noexcept;
@@ -90,6 +99,12 @@ class ZUCIM_API CIMelement {
   // Appends this subtree to `out` as CIM-XML; a CIM element replaces `out` and starts with the XML
   // declaration. Texts are written as they are, without escaping. Returns 0 or 1001.
   unsigned GenerateCIMXML(std::string& out) noexcept;
+
+ private:
+  friend class NodeMemory;
+
+  // The memory that this node lies in, with other nodes of the document it was parsed from.
+  TreeChunk* chunk_ = nullptr;
 };
 
 }  // namespace zuCIM

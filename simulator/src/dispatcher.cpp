@@ -70,6 +70,11 @@ std::string Dispatcher::answer(const RequestMessage& message) const {
   return out;
 }
 
+void Dispatcher::send_test_indication(const std::string& class_name) const {
+  const std::lock_guard lock(mutex_);
+  indications_.send_test(class_name);
+}
+
 // An operation that returns nothing has no IRETURNVALUE.
 void Dispatcher::append_return_value(const RequestMessage& message, std::string& out) const {
   const std::size_t before = out.size();
@@ -96,14 +101,14 @@ void Dispatcher::work(const RequestMessage& message, std::string& out) const {
     reading({name_space, parameters, style_}, out);
   } else {
     const std::lock_guard lock(mutex_);
-    changing({name_space, parameters}, out);
+    changing({name_space, parameters, indications_, message.peer}, out);
   }
 }
 
 void Dispatcher::call_method(const RequestMessage& message, std::string& out) const {
   Namespace& name_space = require_namespace(message.name_space);
   const std::lock_guard lock(mutex_);
-  invoke(message, name_space, out);
+  invoke(message, name_space, indications_, out);
 }
 
 Namespace& Dispatcher::require_namespace(const std::string& name) const {

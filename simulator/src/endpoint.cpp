@@ -60,6 +60,7 @@ bool Endpoint::is_welcome(const std::string& authorization) const {
 HttpAnswer Endpoint::operate(const HttpRequest& request) const {
   RequestMessage message;
   read_request(message, request.body, request.cim);
+  message.peer = request.peer;
   return {
       200,
       {{"Content-Type", "application/xml; charset=\"utf-8\""}, {"CIMOperation", "MethodResponse"}},

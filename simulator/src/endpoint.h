@@ -15,6 +15,7 @@ struct HttpRequest {
   std::string path;
   std::string authorization;
   CimHeaders cim;
+  Peer peer;
   const std::string& body;
 };
 

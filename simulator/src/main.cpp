@@ -3,15 +3,19 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <thread>
 
 #include "dispatcher.h"
 #include "endpoint.h"
 #include "growth.h"
+#include "indications/courier.h"
+#include "indications/indications.h"
 #include "loader.h"
 #include "options.h"
 #include "repository.h"
 #include "server.h"
+#include "ticker.h"
 
 namespace {
 
@@ -32,13 +36,21 @@ void wait_for(const sigset_t& signals) {
   sigwait(&signals, &received);
 }
 
+void log_line(const std::string& line) {
+  std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+void ignore_line(const std::string&) {}
+
 int run(const Options& options) {
   const sigset_t signals = hold_back_signals();
   Repository repository;
   load_directory(repository, options.data);
   for (const auto& [class_name, count] : options.growth) grow(repository, class_name, count);
 
-  const Dispatcher dispatcher(repository, options.style);
+  Courier courier(options.verbose ? log_line : ignore_line);
+  Indications indications(repository, courier);
+  const Dispatcher dispatcher(repository, indications, options.style);
   const Endpoint endpoint(dispatcher, {options.user, options.password, options.anonymous});
   Server server(endpoint, options);
   const int port = server.bind();
@@ -49,7 +61,14 @@ int run(const Options& options) {
   std::thread serving([&] {
     if (!server.serve()) kill(getpid(), SIGTERM);
   });
+  std::optional<Ticker> ticker;
+  if (options.indications_per_second > 0) {
+    ticker.emplace(options.indications_per_second,
+                   [&] { dispatcher.send_test_indication(Indications::usual_class); });
+  }
   wait_for(signals);
+  ticker.reset();
+  courier.stop();
   server.stop();
   serving.join();
   return 0;

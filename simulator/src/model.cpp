@@ -41,6 +41,18 @@ void Instance::assign(std::size_t position, Value value) {
   values[position] = value.is_null() ? nullptr : std::make_shared<Value>(std::move(value));
 }
 
+const Value& Instance::value(std::string_view property_name) const {
+  static const Value null;
+  const auto position = type->find_property(property_name);
+  return position && values[*position] ? *values[*position] : null;
+}
+
+void Instance::set_text(std::string_view property_name, std::string text) {
+  if (const auto position = type->find_property(property_name)) {
+    assign(*position, Value{std::move(text)});
+  }
+}
+
 const Qualifier* find_qualifier(const std::vector<Qualifier>& qualifiers, std::string_view name) {
   const auto found =
       std::find_if(qualifiers.begin(), qualifiers.end(),

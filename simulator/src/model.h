@@ -125,6 +125,12 @@ struct Instance {
 
   // Puts a value at a position.
   void assign(std::size_t position, Value value);
+
+  // The value of a property; null too where the class has no such property.
+  const Value& value(std::string_view property_name) const;
+
+  // Gives a property a text, if the class has it.
+  void set_text(std::string_view property_name, std::string text);
 };
 
 // The qualifier of that name, or null.

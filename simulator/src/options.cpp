@@ -31,7 +31,32 @@ std::pair<std::string, std::size_t> parse_growth(const std::string& text) {
   return {text.substr(0, equals), count};
 }
 
-void declare(CLI::App& app, Options& options, std::vector<std::string>& growth) {
+// The fastest that delivery can be expected to keep up with.
+constexpr double most_per_second = 1000;
+// About one a day: slower ones would never be noticed.
+constexpr double least_per_second = 0.00001;
+
+double parse_rate(const std::string& text) {
+  const std::size_t length = text.find('/');
+  const bool is_per_second = length != std::string::npos && text.substr(length) == "/s";
+  double rate = 0;
+  const char* end = text.data() + std::min(length, text.size());
+  const auto [stop, error] = std::from_chars(text.data(), end, rate, std::chars_format::fixed);
+  const bool is_number = error == std::errc() && stop == end;
+  if (!is_per_second || !is_number || !(rate >= least_per_second && rate <= most_per_second)) {
+    throw CLI::ValidationError("--indications",
+                               "\"" + text + "\" is not N/s with N from 0.00001 to 1000");
+  }
+  return rate;
+}
+
+// What stands on the command line in a form of its own.
+struct Raw {
+  std::vector<std::string> growth;
+  std::string rate;
+};
+
+void declare(CLI::App& app, Options& options, Raw& raw) {
   app.add_option("--address", options.address, "address to listen on")->capture_default_str();
   app.add_option("--port", options.port, "port to listen on; 0 lets the system pick one")
       ->check(CLI::Range(0, 65535))
@@ -57,29 +82,34 @@ void declare(CLI::App& app, Options& options, std::vector<std::string>& growth) 
   app.add_option("--data", options.data, "directory with the declaration files")
       ->check(CLI::ExistingDirectory)
       ->capture_default_str();
-  app.add_option("--instances", growth,
+  app.add_option("--instances", raw.growth,
                  "CLASS=N adds N generated instances of a class (may be given again)")
       ->take_all();
+  app.add_option("--indications", raw.rate,
+                 "N/s sends so many test indications a second to those who subscribed");
   app.add_flag("--short-null", options.style.short_null,
                "write properties without a value as one empty-element tag");
   app.add_flag("--both-embedded", options.style.both_embedded,
                "write the attribute EMBEDDEDOBJECT beside EmbeddedObject");
-  app.add_flag("--verbose", options.verbose, "log each request on standard error");
+  app.add_flag("--verbose", options.verbose,
+               "log each request and each delivery on standard error");
 }
 
 }  // namespace
 
 CommandLine read_command_line(int argc, char** argv) {
   CommandLine result;
-  std::vector<std::string> growth;
+  Raw raw;
   result.options.data = default_data_directory();
   CLI::App app("A CIM server (CIM operations over HTTP) for tests and demonstrations",
                "zucim-simulator");
   app.option_defaults()->take_last();
-  declare(app, result.options, growth);
+  declare(app, result.options, raw);
   try {
     app.parse(argc, argv);
-    for (const auto& each : growth) result.options.growth.push_back(parse_growth(each));
+    for (const auto& each : raw.growth) result.options.growth.push_back(parse_growth(each));
+    if (app.count("--indications") > 0)
+      result.options.indications_per_second = parse_rate(raw.rate);
   } catch (const CLI::ParseError& error) {
     result.go_on = false;
     result.exit_status = app.exit(error);

@@ -22,6 +22,7 @@ struct Options {
   bool anonymous = false;
   std::string data;
   std::vector<std::pair<std::string, std::size_t>> growth;  // class name, number of instances
+  double indications_per_second = 0;                        // 0 sends none
   WireStyle style;
   bool verbose = false;
 };

@@ -32,6 +32,12 @@ struct CimHeaders {
   std::string object;
 };
 
+// Where a request comes from: one port stands for one connection.
+struct Peer {
+  std::string address;
+  int port = 0;
+};
+
 // One request message. The node points into the document, so the request is not copied.
 struct RequestMessage {
   pugi::xml_document document;
@@ -41,6 +47,7 @@ struct RequestMessage {
   std::string name_space;
   std::string class_name;  // of an extrinsic call
   pugi::xml_node call;
+  Peer peer;
 };
 
 // Reads a message into `message`. Throws ProtocolError where it is not a request this server can

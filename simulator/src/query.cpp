@@ -20,6 +20,11 @@ bool is_known(std::string_view language) {
   return false;
 }
 
+void require_known(std::string_view language) {
+  if (is_known(language)) return;
+  throw CimError(CimStatus::query_language_not_supported, std::string(language));
+}
+
 bool is_space(char c) {
   return std::isspace(static_cast<unsigned char>(c)) != 0;
 }
@@ -41,12 +46,32 @@ std::vector<std::string_view> words_of(std::string_view query) {
   return words;
 }
 
+bool is_name(std::string_view word) {
+  return is_name_character(word.front());
+}
+
+// Whether words are an asterisk, or names (of properties, with dots) between commas.
+bool is_selection(const std::vector<std::string_view>& words, std::size_t begin, std::size_t end) {
+  if (begin == end) return false;
+  if (end - begin == 1 && words[begin] == "*") return true;
+  for (std::size_t i = begin; i < end; ++i) {
+    const bool name_expected = (i - begin) % 2 == 0;
+    const bool is_separator = words[i] == "," || words[i] == ".";
+    if (name_expected ? !is_name(words[i]) && words[i] != "*" : !is_separator) return false;
+  }
+  return (end - begin) % 2 == 1;
+}
+
+std::size_t position_of(const std::vector<std::string_view>& words, std::string_view word) {
+  std::size_t position = 0;
+  while (position < words.size() && !same_name(words[position], word)) ++position;
+  return position;
+}
+
 }  // namespace
 
 std::string read_query(std::string_view language, std::string_view query) {
-  if (!is_known(language)) {
-    throw CimError(CimStatus::query_language_not_supported, std::string(language));
-  }
+  require_known(language);
   const auto words = words_of(query);
   const bool known = words.size() == 4 && same_name(words[0], "select") && words[1] == "*" &&
                      same_name(words[2], "from") && is_name_character(words[3].front());
@@ -54,6 +79,20 @@ std::string read_query(std::string_view language, std::string_view query) {
     throw CimError(CimStatus::invalid_query, "only \"select * from CLASS\" is known here");
   }
   return std::string(words[3]);
+}
+
+std::string read_filter_query(std::string_view language, std::string_view query) {
+  require_known(language);
+  const auto words = words_of(query);
+  const std::size_t from = position_of(words, "from");
+  const bool is_known_form = from + 1 < words.size() && same_name(words[0], "select") &&
+                             is_selection(words, 1, from) && is_name(words[from + 1]) &&
+                             (words.size() == from + 2 ||
+                              (words.size() > from + 3 && same_name(words[from + 2], "where")));
+  if (!is_known_form) {
+    throw CimError(CimStatus::invalid_query, "the query is not \"select ... from CLASS\"");
+  }
+  return std::string(words[from + 1]);
 }
 
 }  // namespace simulator

@@ -39,6 +39,7 @@ HttpRequest translated(const httplib::Request& request) {
           request.get_header_value("Authorization"),
           {request.get_header_value("CIMOperation"), request.get_header_value("CIMMethod"),
            request.get_header_value("CIMObject")},
+          {request.remote_addr, request.remote_port},
           request.body};
 }
 

@@ -203,7 +203,9 @@ std::string read_namespace_path(const pugi::xml_node& local_namespace_path) {
 Value read_value(const pugi::xml_node& parent) {
   if (const auto node = parent.child("VALUE")) return Value{text_of(node)};
   if (const auto node = parent.child("VALUE.ARRAY")) return Value{read_array(node)};
-  if (const auto node = parent.child("VALUE.REFERENCE")) return Value{read_reference(node, 0)};
+  if (const auto node = parent.child("VALUE.REFERENCE")) {
+    return first_element(node) ? Value{read_reference(node, 0)} : Value{};
+  }
   if (const auto node = parent.child("VALUE.REFARRAY")) return Value{read_reference_array(node)};
   return {};
 }
@@ -229,7 +231,8 @@ InstanceDeclaration read_instance(const pugi::xml_node& node) {
   for (const auto& child : node.children()) {
     if (!is_property(child)) continue;
     result.values.push_back({required_attribute(child, "NAME"), child.attribute("TYPE").value(),
-                             property_shape(child), read_value(child)});
+                             property_shape(child), read_value(child),
+                             child.attribute("REFERENCECLASS").value()});
   }
   return result;
 }

@@ -27,6 +27,7 @@ struct InstanceDeclaration {
     std::string type;
     Shape shape = Shape::scalar;
     Value value;
+    std::string reference_class;  // of a reference, if it is said
   };
   std::string class_name;
   std::vector<NamedValue> values;
@@ -45,7 +46,7 @@ std::string text_of(const pugi::xml_node& node);
 std::string read_namespace_path(const pugi::xml_node& local_namespace_path);
 
 // The value held by the VALUE, VALUE.ARRAY, VALUE.REFERENCE or VALUE.REFARRAY child; null if there
-// is none.
+// is none, or a VALUE.REFERENCE with nothing in it.
 Value read_value(const pugi::xml_node& parent);
 
 // An INSTANCENAME element.

@@ -208,7 +208,7 @@ INSTANTIATE_TEST_SUITE_P(ParseCimXml, BadAttribute,
 TEST(ParseAttributeList, AValueThatIsNeverClosedIsTracedAndEndsTheList) {
   TraceRecorder traces;
   CIMelement node;
-  zuCIM::codec::TreeBuilder builder(node);
+  zuCIM::codec::TreeBuilder builder(node, "");
   EXPECT_TRUE(zuCIM::codec::parse_attribute_list("TYPE=\"x\" NAME=\"a", node, builder));
   EXPECT_EQ(traces.count(4, "Src/CIMXMLparser", "ParseAttribute: 2. missing '\"'"), 1);
   EXPECT_STREQ(node.attr_find(attr::TYPE), "x");

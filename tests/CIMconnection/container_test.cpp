@@ -19,10 +19,10 @@ TEST(Container, StartsWithoutAnything) {
   EXPECT_EQ(context.methodName, nullptr);
   EXPECT_EQ(context.index, no_index);
   EXPECT_EQ(context.callerValue, 0U);
+  EXPECT_EQ(context.mostDeletions, subscription_limit::most_deletions);
 }
 
 TEST(ContainerCopy, TakesEverythingButTheListener) {
-  int stand_in = 0;
   CIMcontainer original;
   original.host = "far";
   original.currentClass = original.classes.makeNextClass("CIM_Sensor", "root/cimv2");
@@ -31,10 +31,12 @@ TEST(ContainerCopy, TakesEverythingButTheListener) {
   original.methodName = known_cim_imethods[imethod::GetClass];
   original.index = 77;
   original.callerValue = 88;
-  original.listener = reinterpret_cast<CIMindication*>(&stand_in);
+  original.mostDeletions = 9;
+  CIMindication* const listener = new CIMindication;
+  original.listener = listener;
   CIMcontainer copy;
   copy = original;
-  original.listener = nullptr;
+  EXPECT_EQ(original.listener, listener);
   EXPECT_EQ(copy.host, "far");
   EXPECT_STREQ(copy.classes.className, "CIM_Sensor");
   ASSERT_NE(copy.classes.instances, nullptr);
@@ -43,14 +45,14 @@ TEST(ContainerCopy, TakesEverythingButTheListener) {
   EXPECT_EQ(copy.methodName, original.methodName);
   EXPECT_EQ(copy.index, 77U);
   EXPECT_EQ(copy.callerValue, 88U);
+  EXPECT_EQ(copy.mostDeletions, 9U);
   EXPECT_EQ(copy.listener, nullptr);
 }
 
 TEST(ContainerCopy, TakesTheTargetsListenerAway) {
-  int stand_in = 0;
   const CIMcontainer original;
   CIMcontainer copy;
-  copy.listener = reinterpret_cast<CIMindication*>(&stand_in);
+  copy.listener = new CIMindication;
   copy = original;
   EXPECT_EQ(copy.listener, nullptr);
 }
@@ -123,12 +125,11 @@ TEST(ContainerRelease, WaitsForAnotherHolder) {
 }
 
 TEST(ContainerRelease, LeavesTheListenerAlone) {
-  int stand_in = 0;
   CIMcontainer context;
-  context.listener = reinterpret_cast<CIMindication*>(&stand_in);
+  CIMindication* const listener = new CIMindication;
+  context.listener = listener;
   context.free_all();
-  EXPECT_EQ(context.listener, reinterpret_cast<CIMindication*>(&stand_in));
-  context.listener = nullptr;
+  EXPECT_EQ(context.listener, listener);
 }
 
 // The leak checker judges what happens after the end.

@@ -33,5 +33,28 @@ TEST(DataCallback, TakesNothingThatDoesNotFitIntoMemory) {
   EXPECT_EQ(text, "ab");
 }
 
+std::size_t append_limited(const std::string& bytes, LimitedText* text) {
+  std::string copy = bytes;
+  return append_limited_data(copy.data(), 1, copy.size(), text);
+}
+
+TEST(DataCallback, TakesAsMuchAsTheLimitSays) {
+  std::string text = "ab";
+  LimitedText limited{text, 5};
+  EXPECT_EQ(append_limited("cde", &limited), 3U);
+  EXPECT_FALSE(limited.is_exceeded);
+  EXPECT_EQ(append_limited("f", &limited), 0U);
+  EXPECT_TRUE(limited.is_exceeded);
+  EXPECT_EQ(text, "abcde");
+}
+
+TEST(DataCallback, TakesNothingWhereTheLimitIsBehind) {
+  std::string text = "abc";
+  LimitedText limited{text, 2};
+  EXPECT_EQ(append_limited("d", &limited), 0U);
+  EXPECT_TRUE(limited.is_exceeded);
+  EXPECT_EQ(append_limited("d", nullptr), 0U);
+}
+
 }  // namespace
 }  // namespace zuCIM

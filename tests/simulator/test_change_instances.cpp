@@ -124,22 +124,23 @@ TEST_F(ChangeInstances, AReferenceCanBeAKey) {
            "\"><KEYBINDING NAME=\"Name\"><KEYVALUE VALUETYPE=\"string\">" + key +
            "</KEYVALUE></KEYBINDING></INSTANCENAME></VALUE.REFERENCE></PROPERTY.REFERENCE>";
   };
-  const auto create_subscription = [&](const std::string& filter) {
-    return client.call(
-        "CreateInstance",
-        "<IPARAMVALUE NAME=\"NewInstance\">" +
-            instance_of("CIM_IndicationSubscription",
-                        reference("Filter", "CIM_IndicationFilter", filter) +
-                            reference("Handler", "CIM_IndicationHandlerCIMXML", "h")) +
-            "</IPARAMVALUE>",
-        "root/interop");
+  const auto create_in_interop = [&](const std::string& instance) {
+    return client.call("CreateInstance",
+                       "<IPARAMVALUE NAME=\"NewInstance\">" + instance + "</IPARAMVALUE>",
+                       "root/interop");
   };
-  const CimAnswer answer = create_subscription("f");
+  const auto conforms = [&](const std::string& profile) {
+    return create_in_interop(
+        instance_of("CIM_ElementConformsToProfile",
+                    reference("ConformantStandard", "CIM_RegisteredProfile", profile) +
+                        reference("ManagedElement", "CIM_Namespace", "n")));
+  };
+  const CimAnswer answer = conforms("f");
   EXPECT_EQ(answer.error_text(), "");
   const auto binding = answer.returned().child("INSTANCENAME").child("KEYBINDING");
   EXPECT_TRUE(binding.child("VALUE.REFERENCE").child("INSTANCENAME"));
-  EXPECT_EQ(create_subscription("f").error_code(), 11);
-  EXPECT_EQ(create_subscription("g").error_code(), 0);
+  EXPECT_EQ(conforms("f").error_code(), 11);
+  EXPECT_EQ(conforms("g").error_code(), 0);
 }
 
 TEST_F(ChangeInstances, WhatCannotBeCreatedIsRefusedAndChangesNothing) {
@@ -269,7 +270,8 @@ TEST_F(ChangeInstances, OneNamespaceDoesNotSeeWhatHappensInAnother) {
       "CIM_IndicationFilter", property("SystemCreationClassName", "string", "CIM_ComputerSystem") +
                                   property("SystemName", "string", "client") +
                                   property("CreationClassName", "string", "CIM_IndicationFilter") +
-                                  property("Name", "string", "f"));
+                                  property("Name", "string", "f") +
+                                  property("Query", "string", "select * from CIM_Indication"));
   const auto names = [&](const std::string& name_space) {
     return client.call("EnumerateInstanceNames", class_parameter("CIM_ManagedElement"), name_space)
         .body;

@@ -138,9 +138,9 @@ TEST_F(ClassOperations, DefaultValuesBelongToTheClass) {
 
 TEST_F(ClassOperations, EnumerateClassNamesWithoutAClassStartsAtTheTop) {
   const auto top = client.call("EnumerateClassNames", {});
-  EXPECT_THAT(top.class_names(),
-              UnorderedElementsAre("CIM_ManagedElement", "CIM_Dependency", "CIM_Component",
-                                   "CIM_LogManagesRecord", "CIM_OwningJobElement"));
+  EXPECT_THAT(top.class_names(), UnorderedElementsAre("CIM_ManagedElement", "CIM_Dependency",
+                                                      "CIM_Component", "CIM_LogManagesRecord",
+                                                      "CIM_OwningJobElement", "CIM_Indication"));
   const auto deep =
       client.call("EnumerateClassNames", boolean_parameter("DeepInheritance", "true"));
   EXPECT_GE(deep.class_names().size(), 25U);

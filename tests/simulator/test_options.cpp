@@ -208,7 +208,7 @@ TEST(SimulatorOptions, ArgumentsThatMakeNoSenseAreRefused) {
   const std::vector<RefusedArguments> cases{
       {{"--nonesuch"}, "--nonesuch"},
       {{"--port", "65536"}, "--port"},
-      {{"--https"}, "--certificate"},
+      {{"--https"}, "--https requires --"},
       {{"--key", "/dev/null"}, "--https"},
       {{"--https", "--certificate", "/dev/null", "--key", "/dev/null"}, "cannot use /dev/null"},
       {{"--data", "/nonexistent"}, "--data"},
@@ -233,9 +233,10 @@ TEST(SimulatorOptions, ArgumentsThatMakeNoSenseAreRefused) {
 TEST(SimulatorOptions, HelpNamesEveryOption) {
   const ProgramResult result = refused({"--help"});
   EXPECT_EQ(result.exit_status, 0);
-  for (const char* option : {"--address", "--port", "--https", "--certificate", "--key",
-                             "--client-ca", "--user", "--password", "--anonymous", "--data",
-                             "--instances", "--short-null", "--both-embedded", "--verbose"}) {
+  for (const char* option :
+       {"--address", "--port", "--https", "--certificate", "--key", "--client-ca", "--user",
+        "--password", "--anonymous", "--data", "--instances", "--indications", "--short-null",
+        "--both-embedded", "--verbose"}) {
     EXPECT_THAT(result.out, HasSubstr(option));
   }
 }

@@ -1,6 +1,7 @@
 #include "support/failing_allocator.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -23,13 +24,23 @@ struct Plan {
 
 constinit thread_local Plan plan{};
 
+unsigned length_of(FailureSpan span) {
+  switch (span) {
+    case FailureSpan::once:
+      return 1;
+    case FailureSpan::twice:
+      return 2;
+    default:
+      return UINT_MAX;
+  }
+}
+
 // Counts an allocation of this kind and tells whether it has to fail.
 bool must_fail(AllocationKind kind) noexcept {
   if (!plan.armed || (plan.kind != AllocationKind::any && plan.kind != kind)) return false;
   ++plan.count;
-  const bool from_then_on = plan.span == FailureSpan::from_then_on;
   const bool fails =
-      plan.nth != 0 && (plan.count == plan.nth || (from_then_on && plan.count > plan.nth));
+      plan.nth != 0 && plan.count >= plan.nth && plan.count - plan.nth < length_of(plan.span);
   plan.happened = plan.happened || fails;
   return fails;
 }
@@ -65,6 +76,14 @@ bool AllocationFailure::happened() const {
 
 unsigned AllocationFailure::count() const {
   return plan.count;
+}
+
+UncountedAllocations::UncountedAllocations() : were_counted_(plan.armed) {
+  plan.armed = false;
+}
+
+UncountedAllocations::~UncountedAllocations() {
+  plan.armed = were_counted_;
 }
 
 #if ZUCIM_SANITIZER_ALLOCATES

@@ -16,8 +16,8 @@ enum class AllocationKind {
   any,
 };
 
-// What fails: the n-th allocation alone, or everything from it on.
-enum class FailureSpan { once, from_then_on };
+// What fails: the n-th allocation alone, the next one too, or everything from it on.
+enum class FailureSpan { once, twice, from_then_on };
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define ZUCIM_SANITIZER_ALLOCATES 1
@@ -52,6 +52,19 @@ class AllocationFailure {
   bool happened() const;
   // How many allocations were asked for while armed, the failed one included.
   unsigned count() const;
+};
+
+// While it lives, the allocations of its thread neither count nor fail. For tools of a test that
+// the tested code calls.
+class UncountedAllocations {
+ public:
+  UncountedAllocations();
+  ~UncountedAllocations();
+  UncountedAllocations(const UncountedAllocations&) = delete;
+  UncountedAllocations& operator=(const UncountedAllocations&) = delete;
+
+ private:
+  bool were_counted_;
 };
 
 // Runs `body` for n = 1, 2, ... with the n-th allocation failing, until it runs through without a

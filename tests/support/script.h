@@ -29,6 +29,11 @@ struct SendSlowly {
   std::size_t chunk;
   std::chrono::milliseconds pause;
 };
+// Sends the same bytes so many times, 0 for without end. They should be some kilobytes.
+struct SendRepeatedly {
+  std::string bytes;
+  std::size_t times;
+};
 // Sends what the function makes of the last request that was read. It runs on a thread of the
 // server and must not throw.
 struct SendMadeFromRequest {
@@ -57,8 +62,8 @@ struct Reset {};
 struct Again {};
 
 using Step =
-    std::variant<ReadUntil, ReadRequest, Send, SendSlowly, SendMadeFromRequest, WaitForPeerClose,
-                 Pause, WaitForEvent, EndSending, Close, Drop, Reset, Again>;
+    std::variant<ReadUntil, ReadRequest, Send, SendSlowly, SendRepeatedly, SendMadeFromRequest,
+                 WaitForPeerClose, Pause, WaitForEvent, EndSending, Close, Drop, Reset, Again>;
 using Steps = std::vector<Step>;
 
 }  // namespace script

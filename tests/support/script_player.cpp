@@ -47,6 +47,9 @@ struct ScriptPlayer::PlayStep {
   Transfer operator()(const script::ReadRequest&) const { return player.read_request(); }
   Transfer operator()(const script::Send& step) const { return player.channel_->write(step.bytes); }
   Transfer operator()(const script::SendSlowly& step) const { return player.send_slowly(step); }
+  Transfer operator()(const script::SendRepeatedly& step) const {
+    return player.send_repeatedly(step);
+  }
   Transfer operator()(const script::SendMadeFromRequest& step) const {
     return player.channel_->write(step.make(player.request_));
   }
@@ -146,4 +149,11 @@ Transfer ScriptPlayer::send_slowly(const script::SendSlowly& step) {
     if (result != Transfer::done) return result;
   }
   return Transfer::done;
+}
+
+Transfer ScriptPlayer::send_repeatedly(const script::SendRepeatedly& step) {
+  Transfer result = Transfer::done;
+  for (std::size_t sent = 0; step.times == 0 || sent < step.times; ++sent)
+    if ((result = channel_->write(step.bytes)) != Transfer::done) break;
+  return result;
 }

@@ -25,6 +25,7 @@ class ScriptPlayer {
   Transfer read_request();
   Transfer read_to_end();
   Transfer send_slowly(const script::SendSlowly& step);
+  Transfer send_repeatedly(const script::SendRepeatedly& step);
 
   std::unique_ptr<Channel> channel_;
   ConnectionLog& log_;

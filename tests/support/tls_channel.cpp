@@ -112,6 +112,7 @@ ContextPointer make_context(const TlsOptions& options) {
     throw std::runtime_error("no usable certificate in " + authority);
   if (options.handshake != Handshake::completed)
     SSL_CTX_set_cert_cb(raw, suspend_handshake, nullptr);
+  SSL_CTX_set_max_proto_version(raw, options.newest_version);
   SSL_CTX_set_verify(raw, verify_mode(options.client_certificate), nullptr);
   return context;
 }

@@ -19,6 +19,8 @@ struct TlsOptions {
   std::string client_authority_file = {};
   ClientCertificate client_certificate = ClientCertificate::ignored;
   Handshake handshake = Handshake::completed;
+  // The newest version it speaks, as OpenSSL numbers them; 0 for the newest there is.
+  int newest_version = 0;
 };
 
 // Certificates and settings shared by the connections of one server.

@@ -122,6 +122,30 @@ TEST(AllocationFailure, DoesNotDisturbOtherThreads) {
   EXPECT_TRUE(other);
 }
 
+TEST(AllocationFailure, LeavesUncountedAllocationsAlone) {
+  AllocationFailure failure(2, AllocationKind::cpp);
+  const bool first = can_make_object();
+  bool between = false;
+  {
+    const UncountedAllocations uncounted;
+    between = can_make_object();
+  }
+  const bool second = can_make_object();
+  failure.disarm();
+  EXPECT_TRUE(first);
+  EXPECT_TRUE(between);
+  EXPECT_FALSE(second);
+  EXPECT_EQ(failure.count(), 2U);
+}
+
+TEST(AllocationFailure, StaysDisarmedBehindUncountedAllocations) {
+  AllocationFailure failure(1);
+  failure.disarm();
+  { const UncountedAllocations uncounted; }
+  EXPECT_TRUE(can_make_object());
+  EXPECT_FALSE(failure.happened());
+}
+
 TEST(AllocationFailure, FailsEachAllocationInItsTurn) {
   unsigned failures = 0;
   const unsigned count = for_each_failing_allocation(

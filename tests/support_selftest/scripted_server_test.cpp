@@ -44,6 +44,18 @@ TEST(ScriptedServer, ReadsARequestThatComesInPieces) {
   EXPECT_THAT(server.requests(), testing::ElementsAre(request));
 }
 
+TEST(ScriptedServer, SendsTheSameBytesSoManyTimes) {
+  const ScriptedServer server({script::SendRepeatedly{"abc", 3}});
+  EXPECT_EQ(receive_all(connect_to(server)), "abcabcabc");
+}
+
+TEST(ScriptedServer, SendsWithoutEndUntilThePeerCloses) {
+  const ScriptedServer server({script::SendRepeatedly{std::string(10000, 'x'), 0}});
+  connect_to(server).close();
+  EXPECT_TRUE(server.wait_for_ended_connections(1));
+  EXPECT_EQ(server.connection(0).ending, Ending::closed_by_peer);
+}
+
 TEST(ScriptedServer, TakesTwoRequestsOffOneConnection) {
   const ScriptedServer server({script::ReadRequest{}, script::Send{"."}, script::Again{}});
   const Descriptor socket = connect_to(server);

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <openssl/tls1.h>
 
 #include "support/certificates.h"
 #include "support/http_answer.h"
@@ -11,7 +12,11 @@
 namespace zuCIM {
 namespace {
 
+using testing::AllOf;
 using testing::AnyOf;
+using testing::Contains;
+using testing::EndsWith;
+using testing::StartsWith;
 
 // Port 5989 alone means HTTPS, so every test here takes an address of its own.
 struct TlsServer : ScriptedServer {
@@ -156,6 +161,49 @@ TEST(Https, TellsOfAnAnswerThatWasCutByAnAttacker) {
       {.address = "127.0.8.13", .port = 5989, .tls = test_tls_options()});
   TlsClient client(server);
   EXPECT_THAT(client.exchange(), AnyOf(18, 56));
+}
+
+TEST(Https, ComparesTheNameInTheCertificateOnDemand) {
+  const TlsServer server("127.0.0.15", test_tls_options());
+  TlsClient client(server);
+  client.trust(test_certificates().authority);
+  client.verifyHost = true;
+  EXPECT_EQ(client.exchange(), 0);
+  const CertificateFiles files = make_server_certificate("another", {"DNS:another.example"});
+  TlsOptions options = test_tls_options();
+  options.certificate_file = files.certificate;
+  options.key_file = files.key;
+  const TlsServer other("127.0.8.16", options);
+  TlsClient strict(other);
+  strict.trust(test_certificates().authority);
+  strict.verifyHost = true;
+  EXPECT_EQ(strict.exchange(), 60);
+  EXPECT_TRUE(other.requests().empty());
+}
+
+TEST(Https, RefusesOldVersionsOnDemand) {
+  TlsOptions options = test_tls_options();
+  options.newest_version = TLS1_2_VERSION;
+  const TlsServer server("127.0.8.17", options);
+  TlsClient lenient(server);
+  lenient.oldestTls = OldestTls::version_1_2;
+  EXPECT_EQ(lenient.exchange(), 0);
+  TlsClient strict(server);
+  strict.oldestTls = OldestTls::version_1_3;
+  EXPECT_EQ(strict.exchange(), 35);
+  EXPECT_EQ(server.requests().size(), 1U);
+}
+
+TEST(Https, TellsWhichCheckFailedAndOfWhichAuthorities) {
+  const TlsServer server("127.0.8.18", test_tls_options());
+  TlsClient client(server);
+  const std::string& authorities = test_certificates().other_authority;
+  client.trust(authorities);
+  const TraceRecorder traces(4);
+  EXPECT_EQ(client.exchange(), 60);
+  EXPECT_THAT(traces.texts(),
+              Contains(AllOf(StartsWith("[127.0.8.18] TLS: SSL certificate problem: "),
+                             EndsWith(" (CA file '" + authorities + "')"))));
 }
 
 // A context whose TLS connection is open when the process ends: its handle has to go before the

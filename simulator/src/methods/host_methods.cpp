@@ -16,12 +16,6 @@ constexpr const char* invalid_parameter = "5";
 constexpr const char* job_started = "4096";
 constexpr const char* timeout_not_supported = "4098";
 
-void set(Instance& instance, std::string_view property, const std::string& text) {
-  if (const auto position = instance.type->find_property(property)) {
-    instance.assign(*position, Value{text});
-  }
-}
-
 // What becomes of EnabledState when a state is asked for.
 struct Transition {
   std::string_view requested;
@@ -62,13 +56,13 @@ ReferencePtr add_job(Namespace& name_space, const std::string& name) {
   job->values.resize(type->properties.size());
   std::size_t number = name_space.instances_of(*type).list().size();
   do {
-    set(*job, "InstanceID", "HOST:job:" + std::to_string(++number));
+    job->set_text("InstanceID", "HOST:job:" + std::to_string(++number));
   } while (name_space.find_instance(*type, name_of(*job)) != nullptr);
-  set(*job, "ElementName", name);
-  set(*job, "Name", name);
-  set(*job, "JobState", "7");
-  set(*job, "JobStatus", "Completed");
-  set(*job, "PercentComplete", "100");
+  job->set_text("ElementName", name);
+  job->set_text("Name", name);
+  job->set_text("JobState", "7");
+  job->set_text("JobStatus", "Completed");
+  job->set_text("PercentComplete", "100");
   ReferencePtr reference = reference_to(*job);
   name_space.add_instance(std::move(job));
   return reference;
@@ -82,23 +76,18 @@ std::optional<std::int64_t> number_of(const std::string* text) {
   return result;
 }
 
-const std::string* text_of(const Instance& instance, std::string_view property) {
-  const auto position = instance.type->find_property(property);
-  return position && instance.values[*position] ? instance.values[*position]->text() : nullptr;
-}
-
 // The reading of the sensor that a reference names, if there is such a sensor.
 std::optional<std::int64_t> reading_of(const Namespace& name_space, const Reference& sensor) {
   const Class* type = name_space.find_class(sensor.target.class_name);
   const Instance* instance =
       type == nullptr ? nullptr : name_space.find_instance(*type, sensor.target);
   if (instance == nullptr) return std::nullopt;
-  return number_of(text_of(*instance, "CurrentReading"));
+  return number_of(instance->value("CurrentReading").text());
 }
 
 MethodResult set_started(const MethodCall& call, const char* started, const char* enabled) {
-  set(*call.instance, "Started", started);
-  set(*call.instance, "EnabledState", enabled);
+  call.instance->set_text("Started", started);
+  call.instance->set_text("EnabledState", enabled);
   return {completed, {}};
 }
 
@@ -112,8 +101,8 @@ MethodResult request_state_change(const MethodCall& call) {
   if (transition == nullptr) return {invalid_parameter, {}};
   if (timeout != nullptr && !is_interval(*timeout)) return {timeout_not_supported, {}};
 
-  set(*call.instance, "RequestedState", std::string(transition->requested));
-  set(*call.instance, "EnabledState", transition->enabled);
+  call.instance->set_text("RequestedState", std::string(transition->requested));
+  call.instance->set_text("EnabledState", transition->enabled);
   MethodResult result{transition->takes_time ? job_started : completed, {}};
   Value job;
   if (transition->takes_time) {
@@ -127,7 +116,7 @@ MethodResult request_state_change(const MethodCall& call) {
 }
 
 MethodResult reset_device(const MethodCall& call) {
-  set(*call.instance, "EnabledState", "2");
+  call.instance->set_text("EnabledState", "2");
   return {completed, {}};
 }
 

@@ -98,7 +98,8 @@ void append_result(const Method& method, const MethodResult& result, std::string
 
 }  // namespace
 
-void invoke(const RequestMessage& message, Namespace& name_space, std::string& out) {
+void invoke(const RequestMessage& message, Namespace& name_space, Indications& indications,
+            std::string& out) {
   const Class& type = require_class(name_space, message.class_name, CimStatus::invalid_class);
   const std::string name = type.name + '.' + message.method;
   const Method* method = type.find_method(message.method);
@@ -106,7 +107,8 @@ void invoke(const RequestMessage& message, Namespace& name_space, std::string& o
   const MethodWork work = find_work(*method);
   if (work == nullptr) throw CimError(CimStatus::method_not_available, name);
 
-  MethodCall call{name_space, type, *method, find_target(message, name_space, *method), {}};
+  Instance* const target = find_target(message, name_space, *method);
+  MethodCall call{name_space, type, *method, indications, target, {}};
   read_arguments(message.call, call);
   append_result(*method, work(call), out);
 }

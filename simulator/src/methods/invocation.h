@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "../indications/indications.h"
 #include "../protocol.h"
 #include "../repository.h"
 
@@ -9,6 +10,7 @@ namespace simulator {
 
 // Calls the method that a message asks for and appends the content of its METHODRESPONSE, or throws
 // CimError.
-void invoke(const RequestMessage& message, Namespace& name_space, std::string& out);
+void invoke(const RequestMessage& message, Namespace& name_space, Indications& indications,
+            std::string& out);
 
 }  // namespace simulator

@@ -24,7 +24,9 @@ constexpr std::array implementations{
     Implementation{"DEMO_Service", "Echo", echo},
     Implementation{"DEMO_Service", "ReturnNumber", return_number},
     Implementation{"DEMO_Service", "ReturnNothing", return_nothing},
-    Implementation{"DEMO_Service", "Greet", greet}};
+    Implementation{"DEMO_Service", "Greet", greet},
+    Implementation{"DEMO_Service", "SendTestIndications", send_test_indications},
+    Implementation{"DEMO_Service", "GetDeliveryStatistics", get_delivery_statistics}};
 
 }  // namespace
 

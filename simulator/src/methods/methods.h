@@ -10,6 +10,8 @@
 // Methods of classes, as clients call them.
 namespace simulator {
 
+class Indications;
+
 // A value for a parameter of a method.
 struct Argument {
   const Parameter* parameter;
@@ -21,6 +23,7 @@ struct MethodCall {
   Namespace& name_space;
   const Class& type;
   const Method& method;
+  Indications& indications;
   Instance* instance = nullptr;  // null where a class was called
   std::vector<Argument> arguments;
 
@@ -58,5 +61,7 @@ MethodResult echo(const MethodCall& call);
 MethodResult return_number(const MethodCall& call);
 MethodResult return_nothing(const MethodCall& call);
 MethodResult greet(const MethodCall& call);
+MethodResult send_test_indications(const MethodCall& call);
+MethodResult get_delivery_statistics(const MethodCall& call);
 
 }  // namespace simulator

@@ -1,6 +1,7 @@
 #include <utility>
 #include <vector>
 
+#include "../indications/parts.h"
 #include "../instance_builder.h"
 #include "../names.h"
 #include "common.h"
@@ -74,13 +75,17 @@ void create_instance(const ChangeContext& context, std::string& out) {
   Namespace& name_space = context.name_space;
   const Class& type = require_class(name_space, declared.class_name, CimStatus::invalid_class);
   check_can_have_instances(type);
+  context.indications.complete(name_space, type, context.peer, declared);
   auto instance = build_instance(type, std::move(declared));
   check_keys_are_given(*instance);
+  check_part(name_space, *instance);
   const InstanceName name = name_of(*instance);
   if (name_space.find_instance(type, name) != nullptr) {
     throw CimError(CimStatus::already_exists, "an instance of " + type.name + " with these keys");
   }
+  const Instance& added = *instance;
   name_space.add_instance(std::move(instance));
+  context.indications.note_creation(name_space, added, context.peer);
   append_instance_name(out, name);
 }
 
@@ -101,14 +106,20 @@ void modify_instance(const ChangeContext& context, std::string&) {
   for (const Change& each : changes) {
     check_change(context.name_space, instance, each.position, each.value);
   }
-  for (Change& each : changes) instance.assign(each.position, std::move(each.value));
+  Instance changed = instance;
+  for (Change& each : changes) changed.assign(each.position, std::move(each.value));
+  check_part(context.name_space, changed);
+  instance = std::move(changed);
 }
 
 void delete_instance(const ChangeContext& context, std::string&) {
   const InstanceName name = context.parameters.required_instance_name("InstanceName");
   context.parameters.refuse_others();
 
-  context.name_space.remove_instance(require_instance(context.name_space, name));
+  const Instance& instance = require_instance(context.name_space, name);
+  check_is_unused(context.name_space, instance);
+  context.indications.note_removal(instance);
+  context.name_space.remove_instance(instance);
 }
 
 }  // namespace simulator

@@ -3,7 +3,9 @@
 #include <string>
 #include <string_view>
 
+#include "../indications/indications.h"
 #include "../parameters.h"
+#include "../protocol.h"
 #include "../repository.h"
 #include "../xml_writer.h"
 
@@ -20,6 +22,8 @@ struct OperationContext {
 struct ChangeContext {
   Namespace& name_space;
   Parameters& parameters;
+  Indications& indications;
+  const Peer& peer;
 };
 
 // Each operation appends the content of its IRETURNVALUE, or throws CimError.

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "../indications/parts.h"
 #include "../instance_builder.h"
 #include "common.h"
 
@@ -40,7 +41,10 @@ void set_property(const ChangeContext& context, std::string&) {
     throw CimError(CimStatus::type_mismatch, "NewValue does not fit " + property.name);
   }
   check_change(context.name_space, instance, position, value);
-  instance.assign(position, std::move(value));
+  Instance changed = instance;
+  changed.assign(position, std::move(value));
+  check_part(context.name_space, changed);
+  instance = std::move(changed);
 }
 
 }  // namespace simulator

@@ -1,7 +1,0 @@
-#include "zuCIM/indication.h"
-
-namespace zuCIM {
-
-int ListenerThreadIsActive = 0;
-
-}  // namespace zuCIM

@@ -1,0 +1,233 @@
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <latch>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "CIMoperations/recording_clock.h"
+#include "end_to_end/admitted_context.h"
+#include "end_to_end/interop_count.h"
+#include "support/failing_allocator.h"
+#include "support/loopback.h"
+#include "support/run_program.h"
+
+// Subscribing to the simulator, with the indications that it sends.
+namespace {
+
+using namespace zuCIM;
+
+// Waits until `condition` holds; false when it does not within a minute.
+template <class Condition>
+bool comes_true(const Condition& condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+// What the callback received, and what it does beside that.
+std::mutex mutex;
+std::condition_variable changed;
+std::vector<std::string> received;
+std::function<void()> action;
+
+int take(std::string& text) {
+  std::function<void()> to_do;
+  {
+    const std::lock_guard<std::mutex> guard(mutex);
+    to_do = action;
+  }
+  if (to_do) to_do();
+  const std::lock_guard<std::mutex> guard(mutex);
+  received.push_back(std::move(text));
+  changed.notify_all();
+  return 0;
+}
+
+std::vector<std::string> wait_for_indications(std::size_t count) {
+  std::unique_lock<std::mutex> guard(mutex);
+  changed.wait_for(guard, std::chrono::minutes(1), [&] { return received.size() >= count; });
+  return received;
+}
+
+_properties_ property(const char* name, const char* value) {
+  return {name, type::string, 1, value, nullptr};
+}
+
+constexpr _properties_ last_property{nullptr, 0, 0, nullptr, nullptr};
+
+std::size_t entries_of(const char* folder) {
+  return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+std::size_t thread_count() {
+  return entries_of("/proc/self/task");
+}
+
+std::size_t descriptor_count() {
+  return entries_of("/proc/self/fd");
+}
+
+class Subscription : public RegistryTest {
+ protected:
+  Subscription() { forget(); }
+  ~Subscription() override { forget(); }
+
+  static void forget() {
+    const std::lock_guard<std::mutex> guard(mutex);
+    received.clear();
+    action = nullptr;
+  }
+
+  int subscribe() {
+    _properties_ filter[] = {property(PROP_SYSCREATIONCLASSNAME, "CIM_ComputerSystem"),
+                             property(PROP_SYSTEMNAME, nullptr),
+                             property(PROP_CREATIONCLASSNAME, nullptr),
+                             property(PROP_NAME, "filter"),
+                             property(PROP_SOURCENAMESPACE, "root/cimv2"),
+                             property(PROP_QUERY, "select * from CIM_AlertIndication"),
+                             property(PROP_QUERYLANGUAGE, "WQL"),
+                             last_property};
+    _properties_ handler[] = {property(PROP_SYSCREATIONCLASSNAME, "CIM_ComputerSystem"),
+                              property(PROP_SYSTEMNAME, nullptr),
+                              property(PROP_CREATIONCLASSNAME, nullptr),
+                              property(PROP_NAME, "handler"),
+                              property(PROP_DESTINATION, nullptr),
+                              last_property};
+    const int outcome = context_->subscribe(&take, port_, filter, handler);
+    const auto is_listening = [this] { return context_->listener->check_Listener() == 0; };
+    EXPECT_TRUE(outcome != 0 || comes_true(is_listening));
+    return outcome;
+  }
+
+  // Has the simulator send indications.
+  void send(std::uint32_t count) {
+    context_->setCurrentClass("DEMO_Service", "");
+    CIMelement* const service = context_->Imethod_EnumerateInstanceNames();
+    ASSERT_NE(service, nullptr);
+    const _paramvalue_ parameters[] = {{"Count", type::uint32, 1, &count},
+                                       {nullptr, 0, 0, nullptr}};
+    EXPECT_EQ(context_->performExtrinsicMethod("SendTestIndications", service, parameters), 0);
+  }
+
+  std::size_t instance_count() { return interop_instance_count(*context_); }
+
+  SimulatorProcess simulator_;
+  SmallNetwork network_{simulator_.address()};
+  CIMcontainer* context_ = admitted_context(std::to_string(simulator_.port()), "secret");
+  const int port_ = unused_port("0.0.0.0");
+};
+
+TEST_F(Subscription, BringsIndications) {
+  ASSERT_EQ(subscribe(), 0);
+  EXPECT_EQ(context_->subscribe_check(), 0U);
+  send(3);
+  for (const std::string& text : wait_for_indications(3)) {
+    EXPECT_EQ(text.find("<?xml"), 0U);
+    EXPECT_NE(text.find("CIM_AlertIndication"), std::string::npos);
+  }
+  EXPECT_EQ(wait_for_indications(3).size(), 3U);
+  EXPECT_EQ(context_->unsubscribe(), 0);
+  EXPECT_EQ(context_->subscribe_check(), 0x1111U);
+  EXPECT_EQ(instance_count(), 0U);
+}
+
+TEST_F(Subscription, EndsFromWithinTheCallback) {
+  ASSERT_EQ(subscribe(), 0);
+  // The server sends before it answers, and the context has one thread at a time.
+  std::latch answered(1);
+  int outcome = -1;
+  {
+    const std::lock_guard<std::mutex> guard(mutex);
+    action = [&] {
+      answered.wait();
+      outcome = context_->unsubscribe();
+    };
+  }
+  send(1);
+  answered.count_down();
+  ASSERT_EQ(wait_for_indications(1).size(), 1U);
+  EXPECT_EQ(outcome, 0);
+  EXPECT_EQ(context_->listener, nullptr);
+}
+
+// The other client's instances have another SystemName.
+TEST_F(Subscription, OfAllClientsIsDeletedAtOnce) {
+  ASSERT_EQ(subscribe(), 0);
+  CIMcontainer other;
+  other = *context_;
+  ++other.createdAt;
+  EXPECT_EQ(other.unsubscribe(), 0);
+  EXPECT_EQ(instance_count(), 3U);
+  EXPECT_EQ(other.subscribe_check(), 0x1111U);
+  EXPECT_EQ(other.unsubscribe_all(), 0);
+  EXPECT_EQ(instance_count(), 0U);
+  EXPECT_EQ(context_->subscribe_check(), 0x111U);
+  EXPECT_EQ(context_->unsubscribe(), 0);
+}
+
+// The context is busy, so that it can unsubscribe, and is then waited for, without real time.
+TEST_F(Subscription, EndsOnTheServerWhenAllIsReleased) {
+  ASSERT_EQ(subscribe(), 0);
+  {
+    const RecordingClock clock;
+    EXPECT_EQ(clearContainers(), 0);
+  }
+  context_ = admitted_context(std::to_string(simulator_.port()), "secret");
+  EXPECT_EQ(instance_count(), 0U);
+}
+
+// Whether malloc was told at the start to keep no caches, which would blur the count of bytes.
+bool has_plain_malloc() {
+  return std::getenv("MALLOC_ARENA_MAX") != nullptr;
+}
+
+TEST_F(Subscription, LeavesNothingAfterManyCycles) {
+  constexpr int cycles = 200;
+  const std::size_t threads = thread_count();
+  const auto cycle = [this] {
+    ASSERT_EQ(subscribe(), 0);
+    send(1);
+    EXPECT_EQ(wait_for_indications(1).size(), 1U);
+    EXPECT_EQ(context_->unsubscribe(), 0);
+    forget();
+  };
+  const auto is_quiet = [threads] { return thread_count() <= threads; };
+  // What is made once, and stays, is made now.
+  for (int warm_up = 0; warm_up < 20; ++warm_up) cycle();
+  EXPECT_EQ(instance_count(), 0U);
+  ASSERT_TRUE(comes_true(is_quiet));
+  const std::size_t descriptors = descriptor_count();
+  const std::size_t bytes = mallinfo2().uordblks;
+  for (int turn = 0; turn < cycles; ++turn) cycle();
+  EXPECT_EQ(instance_count(), 0U);
+  EXPECT_TRUE(comes_true(is_quiet)) << thread_count();
+  EXPECT_EQ(descriptor_count(), descriptors);
+  // Less than the smallest block for each cycle.
+  EXPECT_TRUE(!has_plain_malloc() || mallinfo2().uordblks < bytes + cycles * 16)
+      << mallinfo2().uordblks - bytes;
+}
+
+#if !ZUCIM_SANITIZER_ALLOCATES
+// The test above once more, with its count of bytes.
+TEST(SubscriptionMemory, IsTheSameAfterManyCycles) {
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+  const ProgramResult run =
+      run_program({"env", "MALLOC_ARENA_MAX=1", "GLIBC_TUNABLES=glibc.malloc.tcache_count=0",
+                   program, "--gtest_filter=Subscription.LeavesNothingAfterManyCycles"});
+  EXPECT_EQ(run.exit_status, 0) << run.out;
+}
+#endif
+
+}  // namespace
