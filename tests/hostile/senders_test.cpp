@@ -30,10 +30,12 @@ TEST_P(HostileSender, LeavesTheListenerAsItWas) {
   EXPECT_EQ(running.ask(export_request("1042")), export_answer("1042", "000000236"));
   const std::size_t expected = static_cast<std::size_t>(behaviour.statuses.front()) + 1;
   EXPECT_EQ(received.wait_for(expected).size(), expected);
+  // The reader of a sender that has left may be slower than the whole honest exchange.
+  EXPECT_TRUE(
+      comes_true([&] { return behaviour.trace.empty() || is_traced(traces, behaviour.trace); }));
   EXPECT_TRUE(comes_true([] { return active_readers() == 0; }));
   EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes)) << growth.grown_kilobytes();
   EXPECT_EQ(received.texts().size(), expected);
-  EXPECT_TRUE(behaviour.trace.empty() || is_traced(traces, behaviour.trace));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, HostileSender, testing::ValuesIn(sender_behaviours()),
