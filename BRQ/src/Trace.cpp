@@ -1,5 +1,7 @@
 #include "BRQ/Trace.h"
 
+#include <boost/format.hpp>
+#include <cerrno>
 #include <cstdio>
 #include <locale>
 #include <memory>
@@ -45,6 +47,25 @@ void deliver(const TraceLine& line) {
     write_to_standard_error(line);
 }
 
+// Gives `errno` back at its end as it was at its start.
+class ErrnoKeeper {
+ public:
+  ErrnoKeeper() = default;
+  ~ErrnoKeeper() { errno = kept_; }
+  ErrnoKeeper(const ErrnoKeeper&) = delete;
+  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+
+ private:
+  int kept_ = errno;
+};
+
+std::string formatted(const char* format,
+                      std::initializer_list<Internals::TraceArgument> arguments) {
+  boost::format text(format, std::locale::classic());
+  for (const Internals::TraceArgument& argument : arguments) text % argument;
+  return text.str();
+}
+
 }  // namespace
 
 TraceSink set_trace_sink(TraceSink sink) {
@@ -67,6 +88,19 @@ CTraceStreamBuffer::~CTraceStreamBuffer() {
     deliver(TraceLine{module_.name(), level_, source_, line_, text});
   } catch (...) {
     // A destructor must not throw; the line is lost.
+  }
+}
+
+void write_line(const Misc::CModuleInfo& module, unsigned level, const char* source, int line,
+                const char* format, std::initializer_list<TraceArgument> arguments) noexcept {
+  const ErrnoKeeper keeper;
+  try {
+    const std::string text = formatted(format, arguments);
+    CTraceStreamBuffer buffer(module, level, source, line);
+    Output_Streams::CFormatStream stream(buffer);
+    if (!(stream << text)) buffer.discard();
+  } catch (...) {
+    // Tracing must not disturb the work that it reports on.
   }
 }
 

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <boost/format.hpp>
-#include <cerrno>
 #include <functional>
-#include <locale>
+#include <initializer_list>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -54,32 +52,38 @@ class BRQ_API CTraceStreamBuffer : public std::stringbuf {
   bool is_discarded_ = false;
 };
 
-// Gives `errno` back at its end as it was at its start.
-class ErrnoKeeper {
+// An argument of a trace text: a reference to a value of any type that can be printed. It knows how
+// to print it, so that only the library itself has to know Boost.Format.
+class TraceArgument {
  public:
-  ErrnoKeeper() = default;
-  ~ErrnoKeeper() { errno = kept_; }
-  ErrnoKeeper(const ErrnoKeeper&) = delete;
-  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+  // `value` must outlive the argument.
+  template <class T>
+  explicit TraceArgument(const T& value) noexcept : value_(&value), print_(&print<T>) {}
+
+  // Boost.Format prints into a stream of its own that would swallow a failure and shorten the text;
+  // this makes the failure known.
+  friend std::ostream& operator<<(std::ostream& stream, const TraceArgument& argument) {
+    stream.exceptions(std::ios_base::badbit);
+    argument.print_(stream, argument.value_);
+    return stream;
+  }
 
  private:
-  int kept_ = errno;
-};
-
-// An argument of a trace text. Boost.Format prints into a stream of its own that would swallow a
-// failure and shorten the text; this makes the failure known.
-template <class T>
-struct TraceArgument {
-  const T& value;
-};
-template <class T>
-std::ostream& operator<<(std::ostream& stream, const TraceArgument<T>& argument) {
-  stream.exceptions(std::ios_base::badbit);
   // A null text prints as nothing.
-  if constexpr (std::is_convertible_v<T, const char*>)
-    if (static_cast<const char*>(argument.value) == nullptr) return stream << "";
-  return stream << argument.value;
-}
+  template <class T>
+  static void print(std::ostream& stream, const void* address) {
+    const T& value = *static_cast<const T*>(address);
+    if constexpr (std::is_convertible_v<T, const char*>) {
+      const char* const text = value;
+      stream << (text != nullptr ? text : "");
+    } else {
+      stream << value;
+    }
+  }
+
+  const void* value_;
+  void (*print_)(std::ostream&, const void*);
+};
 
 }  // namespace Internals
 
@@ -98,22 +102,16 @@ class BRQ_API CFormatStream : public std::ostream {
 namespace Internals {
 
 // Writes one line, formatted by Boost.Format without regard to the process's locale. Never throws
-// and leaves `errno` alone: a line that cannot be formatted or delivered whole is dropped. Call it
-// through BRQ_TRACE, which asks for the level first.
+// and leaves `errno` alone: a line that cannot be formatted or delivered whole is dropped.
+BRQ_API void write_line(const Misc::CModuleInfo& module, unsigned level, const char* source,
+                        int line, const char* format,
+                        std::initializer_list<TraceArgument> arguments) noexcept;
+
+// The same for any number of arguments. Call it through BRQ_TRACE, which asks for the level first.
 template <class... Arguments>
 void write_trace(const Misc::CModuleInfo& module, unsigned level, const char* source, int line,
                  const char* format, const Arguments&... arguments) noexcept {
-  const ErrnoKeeper keeper;
-  try {
-    boost::format formatted(format, std::locale::classic());
-    static_cast<void>((formatted % ... % TraceArgument<Arguments>{arguments}));
-    const std::string text = formatted.str();
-    CTraceStreamBuffer buffer(module, level, source, line);
-    Output_Streams::CFormatStream stream(buffer);
-    if (!(stream << text)) buffer.discard();
-  } catch (...) {
-    // Tracing must not disturb the work that it reports on.
-  }
+  write_line(module, level, source, line, format, {TraceArgument(arguments)...});
 }
 
 }  // namespace Internals
