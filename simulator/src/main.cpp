@@ -63,8 +63,10 @@ int run(const Options& options) {
   });
   std::optional<Ticker> ticker;
   if (options.indications_per_second > 0) {
-    ticker.emplace(options.indications_per_second,
-                   [&] { dispatcher.send_test_indication(Indications::usual_class); });
+    ticker.emplace(
+        options.indications_per_second,
+        [&] { dispatcher.send_test_indication(Indications::usual_class); },
+        [](const std::string& line) { log_line("no test indication: " + line); });
   }
   wait_for(signals);
   ticker.reset();

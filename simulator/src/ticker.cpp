@@ -1,12 +1,15 @@
 #include "ticker.h"
 
 #include <chrono>
+#include <exception>
 #include <utility>
 
 namespace simulator {
 
-Ticker::Ticker(double per_second, std::function<void()> work)
-    : work_(std::move(work)), thread_([this, per_second] { run(per_second); }) {}
+Ticker::Ticker(double per_second, std::function<void()> work, Report report)
+    : work_(std::move(work)),
+      report_(std::move(report)),
+      thread_([this, per_second] { run(per_second); }) {}
 
 Ticker::~Ticker() {
   {
@@ -25,9 +28,17 @@ void Ticker::run(double per_second) {
   std::unique_lock lock(mutex_);
   while (!changed_.wait_until(lock, next, [this] { return stopping_; })) {
     lock.unlock();
-    work_();
+    work_once();
     lock.lock();
     next += period;
+  }
+}
+
+void Ticker::work_once() {
+  try {
+    work_();
+  } catch (const std::exception& error) {
+    report_(error.what());
   }
 }
 

@@ -1,5 +1,6 @@
 #include "outbox.h"
 
+#include <exception>
 #include <utility>
 
 namespace simulator {
@@ -88,7 +89,7 @@ bool Outbox::attempt(const Delivery& delivery, int number) {
   const int message_id = 1 + desk_.last_message_id++ % message_ids;
   desk_.tallies.count(destination_, &Tally::sent);
   if (number > 1) desk_.tallies.count(destination_, &Tally::retried);
-  const std::string fault = client_.post(destination_, message_id, delivery.indication);
+  const std::string fault = fault_of_post(delivery, message_id);
   const std::string what =
       "message " + std::to_string(message_id) + ", attempt " + std::to_string(number);
   if (fault.empty()) {
@@ -97,6 +98,16 @@ bool Outbox::attempt(const Delivery& delivery, int number) {
   }
   desk_.report("indication to " + destination_ + ": " + what + ": " + fault);
   return false;
+}
+
+// Empty if the listener took it. What the simulator itself lacks is a fault like any other: this
+// thread has nobody to tell it to.
+std::string Outbox::fault_of_post(const Delivery& delivery, int message_id) {
+  try {
+    return client_.post(destination_, message_id, delivery.indication);
+  } catch (const std::exception& error) {
+    return std::string("it cannot be sent: ") + error.what();
+  }
 }
 
 // False if there is no reason to go on after it.

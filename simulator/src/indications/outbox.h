@@ -72,6 +72,7 @@ class Outbox {
   void finish();
   void deliver(const Delivery& delivery);
   bool attempt(const Delivery& delivery, int number);
+  std::string fault_of_post(const Delivery& delivery, int message_id);
   bool pause(const Delivery& delivery, std::chrono::milliseconds span);
   void conclude(TallyBook::Field field, const std::string& line);
 
