@@ -45,4 +45,8 @@ const char* status_name(CimStatus status) {
 CimError::CimError(CimStatus status, const std::string& detail)
     : std::runtime_error(std::string(status_name(status)) + ": " + detail), status_(status) {}
 
+void refuse(const std::string& detail) {
+  throw CimError(CimStatus::invalid_parameter, detail);
+}
+
 }  // namespace simulator

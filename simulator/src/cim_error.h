@@ -41,4 +41,7 @@ class CimError : public std::runtime_error {
   CimStatus status_;
 };
 
+// Ends an operation that was given something it cannot take, with CIM_ERR_INVALID_PARAMETER.
+[[noreturn]] void refuse(const std::string& detail);
+
 }  // namespace simulator

@@ -77,4 +77,8 @@ InstanceName name_of(const Instance& instance) {
   return name;
 }
 
+ReferencePtr reference_to(const Instance& instance) {
+  return std::make_shared<const Reference>(Reference{name_of(instance), {}, {}, false});
+}
+
 }  // namespace simulator

@@ -142,4 +142,7 @@ bool has_qualifier(const std::vector<Qualifier>& qualifiers, std::string_view na
 // The path of an instance within its namespace: its class and the values of its keys.
 InstanceName name_of(const Instance& instance);
 
+// A reference to an instance of the namespace in which the reference stands.
+ReferencePtr reference_to(const Instance& instance);
+
 }  // namespace simulator

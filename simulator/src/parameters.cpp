@@ -8,10 +8,6 @@ namespace simulator {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& detail) {
-  throw CimError(CimStatus::invalid_parameter, detail);
-}
-
 void expect(const pugi::xml_node& node, std::string_view element, const char* parameter) {
   if (node.name() != element) {
     refuse(std::string(parameter) + " is given as " + node.name() + ", not as " +

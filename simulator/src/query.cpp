@@ -53,7 +53,6 @@ bool is_name(std::string_view word) {
 // Whether words are an asterisk, or names (of properties, with dots) between commas.
 bool is_selection(const std::vector<std::string_view>& words, std::size_t begin, std::size_t end) {
   if (begin == end) return false;
-  if (end - begin == 1 && words[begin] == "*") return true;
   for (std::size_t i = begin; i < end; ++i) {
     const bool name_expected = (i - begin) % 2 == 0;
     const bool is_separator = words[i] == "," || words[i] == ".";
@@ -74,7 +73,7 @@ std::string read_query(std::string_view language, std::string_view query) {
   require_known(language);
   const auto words = words_of(query);
   const bool known = words.size() == 4 && same_name(words[0], "select") && words[1] == "*" &&
-                     same_name(words[2], "from") && is_name_character(words[3].front());
+                     same_name(words[2], "from") && is_name(words[3]);
   if (!known) {
     throw CimError(CimStatus::invalid_query, "only \"select * from CLASS\" is known here");
   }

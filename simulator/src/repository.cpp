@@ -215,6 +215,17 @@ std::string Namespace::canonical(const Reference& reference) const {
   return result;
 }
 
+std::vector<const Class*> with_subclasses(const Namespace& name_space, const Class& type) {
+  std::vector<const Class*> result = name_space.subclasses(&type, true);
+  result.insert(result.begin(), &type);
+  return result;
+}
+
+bool is_a(const Namespace& name_space, const Class& type, std::string_view class_name) {
+  const Class* other = name_space.find_class(class_name);
+  return other != nullptr && type.is_a(*other);
+}
+
 const Namespace* Repository::find(std::string_view name) const {
   const auto found = namespaces_.find(folded(name));
   return found == namespaces_.end() ? nullptr : found->second.get();

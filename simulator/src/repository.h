@@ -102,6 +102,13 @@ class Namespace {
   std::unordered_map<const Class*, InstanceSet> instances_;
 };
 
+// The class and all its subclasses.
+std::vector<const Class*> with_subclasses(const Namespace& name_space, const Class& type);
+
+// Whether a class is the one of that name or inherits from it; false where the namespace has none
+// of that name.
+bool is_a(const Namespace& name_space, const Class& type, std::string_view class_name);
+
 // All namespaces of the server.
 class Repository {
  public:

@@ -1,7 +1,5 @@
 #include "parts.h"
 
-#include <utility>
-
 #include "../cim_error.h"
 #include "../names.h"
 #include "../query.h"
@@ -13,19 +11,9 @@ namespace {
 
 constexpr const char* filter_class = "CIM_IndicationFilter";
 constexpr const char* handler_class = "CIM_IndicationHandler";
-constexpr const char* subscription_class = "CIM_IndicationSubscription";
 constexpr const char* default_system_class = "CIM_ComputerSystem";
 constexpr const char* default_system = "localhost";
 constexpr const char* default_language = "WQL";
-
-[[noreturn]] void refuse(const std::string& detail) {
-  throw CimError(CimStatus::invalid_parameter, detail);
-}
-
-bool is_a(const Namespace& name_space, const Class& type, std::string_view class_name) {
-  const Class* other = name_space.find_class(class_name);
-  return other != nullptr && type.is_a(*other);
-}
 
 bool is_given(const InstanceDeclaration& declared, const char* property) {
   for (const auto& each : declared.values) {
@@ -37,13 +25,6 @@ bool is_given(const InstanceDeclaration& declared, const char* property) {
 void add_default(InstanceDeclaration& declared, const char* property, const std::string& text) {
   if (is_given(declared, property)) return;
   declared.values.push_back({property, "string", Shape::scalar, Value{text}, {}});
-}
-
-void check_filter(const Instance& filter) {
-  const std::string* query = filter.value("Query").text();
-  const std::string* language = filter.value("QueryLanguage").text();
-  if (query == nullptr) refuse("a filter needs a Query");
-  read_filter_query(language == nullptr ? default_language : *language, *query);
 }
 
 void check_handler(const Instance& handler) {
@@ -90,7 +71,8 @@ void add_key_defaults(const Class& type, InstanceDeclaration& declared) {
 void check_part(const Namespace& name_space, const Instance& instance) {
   switch (part_of(name_space, *instance.type)) {
     case SubscriptionPart::filter:
-      return check_filter(instance);
+      class_asked_by(instance);
+      return;
     case SubscriptionPart::handler:
       return check_handler(instance);
     case SubscriptionPart::subscription:
@@ -98,6 +80,13 @@ void check_part(const Namespace& name_space, const Instance& instance) {
     case SubscriptionPart::none:
       return;
   }
+}
+
+std::string class_asked_by(const Instance& filter) {
+  const std::string* query = filter.value("Query").text();
+  const std::string* language = filter.value("QueryLanguage").text();
+  if (query == nullptr) refuse("a filter needs a Query");
+  return read_filter_query(language == nullptr ? default_language : *language, *query);
 }
 
 void check_is_unused(const Namespace& name_space, const Instance& instance) {
@@ -123,9 +112,7 @@ std::vector<const Instance*> all_instances(const Namespace& name_space,
   std::vector<const Instance*> result;
   const Class* top = name_space.find_class(class_name);
   if (top == nullptr) return result;
-  std::vector<const Class*> types = name_space.subclasses(top, true);
-  types.push_back(top);
-  for (const Class* type : types) {
+  for (const Class* type : with_subclasses(name_space, *top)) {
     for (const auto& each : name_space.instances_of(*type).list()) result.push_back(each.get());
   }
   return result;

@@ -51,8 +51,7 @@ std::vector<std::size_t> given_properties(const Instance& instance) {
 
 const Class* find_indication_class(const Namespace& name_space, const std::string& class_name) {
   const Class* type = name_space.find_class(class_name);
-  const Class* top = name_space.find_class("CIM_Indication");
-  const bool fits = type != nullptr && top != nullptr && type->is_a(*top) &&
+  const bool fits = type != nullptr && is_a(name_space, *type, "CIM_Indication") &&
                     !has_qualifier(type->qualifiers, "Abstract");
   return fits ? type : nullptr;
 }

@@ -9,10 +9,8 @@ namespace simulator {
 
 namespace {
 
-// What methods of management profiles return.
-constexpr const char* completed = "0";
+// More return values of management profiles.
 constexpr const char* failed = "4";
-constexpr const char* invalid_parameter = "5";
 constexpr const char* job_started = "4096";
 constexpr const char* timeout_not_supported = "4098";
 
@@ -41,10 +39,6 @@ const Transition* find_transition(std::string_view requested) {
 
 bool is_interval(const std::string& datetime) {
   return datetime[21] == ':';
-}
-
-ReferencePtr reference_to(const Instance& instance) {
-  return std::make_shared<Reference>(Reference{name_of(instance), {}, {}, false});
 }
 
 // Adds a job that is done already; null where the namespace has no class for it.

@@ -8,8 +8,6 @@ namespace simulator {
 
 namespace {
 
-constexpr const char* completed = "0";
-constexpr const char* invalid_parameter = "5";
 constexpr std::uint32_t most_at_once = 10000;
 
 std::uint32_t number_of(const std::string& text) {

@@ -14,10 +14,6 @@ namespace simulator {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& detail) {
-  throw CimError(CimStatus::invalid_parameter, detail);
-}
-
 const char* wire_type(const Parameter& parameter) {
   const bool refers =
       parameter.shape == Shape::reference || parameter.shape == Shape::reference_array;

@@ -48,6 +48,10 @@ using MethodWork = MethodResult (*)(const MethodCall& call);
 // What carries a method out; null if there is nothing.
 MethodWork find_work(const Method& method);
 
+// Return values, as management profiles number them.
+inline constexpr const char* completed = "0";
+inline constexpr const char* invalid_parameter = "5";
+
 // Methods of the inventory's classes.
 MethodResult request_state_change(const MethodCall& call);
 MethodResult reset_device(const MethodCall& call);

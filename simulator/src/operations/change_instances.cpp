@@ -27,12 +27,6 @@ void check_keys_are_given(const Instance& instance) {
   }
 }
 
-// A value to be put at a position of an instance.
-struct Change {
-  std::size_t position;
-  Value value;
-};
-
 std::size_t require_property(const Class& type, const std::string& name) {
   const auto position = type.find_property(name);
   if (!position) throw CimError(CimStatus::no_such_property, type.name + '.' + name);
@@ -103,13 +97,7 @@ void modify_instance(const ChangeContext& context, std::string&) {
   }
   std::vector<Change> changes = given_changes(type, std::move(declared), list);
   add_defaults(type, list, changes);
-  for (const Change& each : changes) {
-    check_change(context.name_space, instance, each.position, each.value);
-  }
-  Instance changed = instance;
-  for (Change& each : changes) changed.assign(each.position, std::move(each.value));
-  check_part(context.name_space, changed);
-  instance = std::move(changed);
+  change_instance(context.name_space, instance, std::move(changes));
 }
 
 void delete_instance(const ChangeContext& context, std::string&) {

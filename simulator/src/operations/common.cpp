@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "../indications/parts.h"
+
 namespace simulator {
 
 namespace {
@@ -15,6 +17,21 @@ bool is_local(const Class& type, const std::string& property_name, const Class& 
     if (each == &asked) break;
   }
   return false;
+}
+
+// Refuses to put another value in the place of a key or of what is read-only.
+void check_change(const Namespace& name_space, const Instance& instance, const Change& change) {
+  const Property& property = instance.type->properties[change.position];
+  const ValuePtr& current = instance.values[change.position];
+  if (name_space.is_same(property, current ? *current : Value{}, change.value)) return;
+  const std::string what = instance.type->name + '.' + property.name;
+  if (has_qualifier(property.qualifiers, "Key")) {
+    throw CimError(CimStatus::invalid_parameter, what + " is a key and cannot change");
+  }
+  const Qualifier* write = find_qualifier(property.qualifiers, "Write");
+  if (write != nullptr && !has_qualifier(property.qualifiers, "Write")) {
+    throw CimError(CimStatus::access_denied, what + " is read-only");
+  }
 }
 
 }  // namespace
@@ -39,25 +56,12 @@ Instance& require_instance(Namespace& name_space, const InstanceName& name) {
   return const_cast<Instance&>(require_instance(std::as_const(name_space), name));
 }
 
-void check_change(const Namespace& name_space, const Instance& instance, std::size_t position,
-                  const Value& changed) {
-  const Property& property = instance.type->properties[position];
-  const ValuePtr& current = instance.values[position];
-  if (name_space.is_same(property, current ? *current : Value{}, changed)) return;
-  const std::string what = instance.type->name + '.' + property.name;
-  if (has_qualifier(property.qualifiers, "Key")) {
-    throw CimError(CimStatus::invalid_parameter, what + " is a key and cannot change");
-  }
-  const Qualifier* write = find_qualifier(property.qualifiers, "Write");
-  if (write != nullptr && !has_qualifier(property.qualifiers, "Write")) {
-    throw CimError(CimStatus::access_denied, what + " is read-only");
-  }
-}
-
-std::vector<const Class*> with_subclasses(const Namespace& name_space, const Class& type) {
-  std::vector<const Class*> result = name_space.subclasses(&type, true);
-  result.insert(result.begin(), &type);
-  return result;
+void change_instance(const Namespace& name_space, Instance& instance, std::vector<Change> changes) {
+  for (const Change& each : changes) check_change(name_space, instance, each);
+  Instance changed = instance;
+  for (Change& each : changes) changed.assign(each.position, std::move(each.value));
+  check_part(name_space, changed);
+  instance = std::move(changed);
 }
 
 std::vector<std::size_t> InstanceView::properties_of(const Class& type) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,13 +18,16 @@ const Class& require_class(const Namespace& name_space, const std::string& class
 const Instance& require_instance(const Namespace& name_space, const InstanceName& name);
 Instance& require_instance(Namespace& name_space, const InstanceName& name);
 
-// Refuses to put a value in the place of another in an instance, if it is another and the property
-// is a key or read-only (a qualifier says Write = false; without that qualifier it can be written).
-void check_change(const Namespace& name_space, const Instance& instance, std::size_t position,
-                  const Value& changed);
+// A value to be put at a position of an instance.
+struct Change {
+  std::size_t position;
+  Value value;
+};
 
-// The class and all its subclasses.
-std::vector<const Class*> with_subclasses(const Namespace& name_space, const Class& type);
+// Puts values into an instance, all or none. Refused with CimError where one is another than before
+// and its property is a key or read-only (a qualifier says Write = false; without that qualifier it
+// can be written), and where the instance would be a part of a subscription that cannot work.
+void change_instance(const Namespace& name_space, Instance& instance, std::vector<Change> changes);
 
 // Which properties of an instance are shown when it was found through the class `asked`.
 struct InstanceView {

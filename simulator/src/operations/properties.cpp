@@ -1,6 +1,5 @@
 #include <utility>
 
-#include "../indications/parts.h"
 #include "../instance_builder.h"
 #include "common.h"
 
@@ -40,11 +39,7 @@ void set_property(const ChangeContext& context, std::string&) {
   if (!fits(property.type, property.shape, value)) {
     throw CimError(CimStatus::type_mismatch, "NewValue does not fit " + property.name);
   }
-  check_change(context.name_space, instance, position, value);
-  Instance changed = instance;
-  changed.assign(position, std::move(value));
-  check_part(context.name_space, changed);
-  instance = std::move(changed);
+  change_instance(context.name_space, instance, {{position, std::move(value)}});
 }
 
 }  // namespace simulator
