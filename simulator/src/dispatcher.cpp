@@ -72,7 +72,7 @@ std::string Dispatcher::answer(const RequestMessage& message) const {
 
 void Dispatcher::send_test_indication(const std::string& class_name) const {
   const std::lock_guard lock(mutex_);
-  indications_.send_test(class_name);
+  indications_.send_test(class_name, 1);
 }
 
 // An operation that returns nothing has no IRETURNVALUE.

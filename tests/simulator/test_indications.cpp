@@ -178,6 +178,15 @@ TEST_F(Indications, ThatCannotBeSentAreRefused) {
   EXPECT_EQ(result("1", "CIM_Indication"), "5");
   EXPECT_EQ(result("1", "DEMO_Note"), "5");
   EXPECT_EQ(result("1", "CIM_Nonesuch"), "5");
+  EXPECT_EQ(result("0", "CIM_AlertIndication"), "0");
+  EXPECT_EQ(result("0", "CIM_Indication"), "5");
+  EXPECT_EQ(result("0", "CIM_Nonesuch"), "5");
+}
+
+TEST_F(Indications, MayBeNoneAtAll) {
+  subscriber.subscribe("http://127.0.0.1:1/test");
+  EXPECT_EQ(subscriber.send(0), 1);
+  EXPECT_EQ(subscriber.statistics()["Queued"], 0);
 }
 
 TEST_F(Indications, AreTriedAgainUntilTheyAreTaken) {

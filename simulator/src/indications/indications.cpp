@@ -1,9 +1,6 @@
 #include "indications.h"
 
-#include <utility>
-
 #include "../names.h"
-#include "../query.h"
 #include "parts.h"
 #include "test_indication.h"
 
@@ -12,7 +9,6 @@ namespace simulator {
 namespace {
 
 constexpr const char* subscription_namespace = "root/interop";
-constexpr const char* default_language = "WQL";
 
 // Whether a reference says no more than the class of what it refers to.
 bool names_only_a_class(const InstanceDeclaration::NamedValue& given) {
@@ -31,11 +27,6 @@ const Class* class_named_by(const Namespace& name_space, const Class& type,
   return position ? name_space.find_class(type.properties[*position].reference_class) : nullptr;
 }
 
-std::string text_or(const Value& value, const std::string& otherwise) {
-  const std::string* text = value.text();
-  return text == nullptr ? otherwise : *text;
-}
-
 // A filter without a namespace asks for indications wherever they come from.
 bool asks_for_namespace(const Instance& filter, std::string_view source) {
   const std::string* one = filter.value("SourceNamespace").text();
@@ -50,11 +41,7 @@ bool asks_for_namespace(const Instance& filter, std::string_view source) {
 }
 
 bool asks_for(const Instance& filter, const Namespace& source, const Class& type) {
-  if (!asks_for_namespace(filter, source.name())) return false;
-  const std::string language = text_or(filter.value("QueryLanguage"), default_language);
-  const std::string query = text_or(filter.value("Query"), {});
-  const Class* asked = source.find_class(read_filter_query(language, query));
-  return asked != nullptr && type.is_a(*asked);
+  return asks_for_namespace(filter, source.name()) && is_a(source, type, class_asked_by(filter));
 }
 
 }  // namespace
@@ -69,7 +56,7 @@ void Indications::complete(const Namespace& name_space, const Class& type, const
     const Class* named = class_named_by(name_space, type, each);
     const Instance* newest = named == nullptr ? nullptr : makers_.newest(*named, maker);
     if (newest == nullptr) continue;
-    each.value.content = std::make_shared<const Reference>(Reference{name_of(*newest), {}, {}});
+    each.value.content = reference_to(*newest);
   }
 }
 
@@ -90,18 +77,35 @@ void Indications::note_removal(const Instance& instance) {
   courier_.look_at_tickets();
 }
 
-std::optional<std::size_t> Indications::send_test(const std::string& class_name) {
+std::optional<std::size_t> Indications::send_test(const std::string& class_name,
+                                                  std::uint32_t count) {
   const Namespace* source = repository_.find(source_namespace);
-  const Namespace* interop = repository_.find(subscription_namespace);
   const Class* type = source == nullptr ? nullptr : find_indication_class(*source, class_name);
   if (type == nullptr) return std::nullopt;
-  ++last_indication_;
-  std::size_t count = 0;
-  if (interop == nullptr) return count;
-  for (const Instance* each : all_instances(*interop, "CIM_IndicationSubscription")) {
-    if (send_to(*each, *interop, *type)) ++count;
+  const std::vector<Recipient> recipients = recipients_of(*source, *type);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    ++last_indication_;
+    for (const Recipient& each : recipients) send_to(each, *type);
   }
-  return count;
+  return recipients.size();
+}
+
+// The subscriptions whose filters ask for a class.
+std::vector<Indications::Recipient> Indications::recipients_of(const Namespace& source,
+                                                               const Class& type) const {
+  std::vector<Recipient> result;
+  const Namespace* interop = repository_.find(subscription_namespace);
+  if (interop == nullptr) return result;
+  for (const Instance* each : all_instances(*interop, subscription_class)) {
+    const Instance* filter = referenced(*interop, *each, "Filter");
+    const Instance* handler = referenced(*interop, *each, "Handler");
+    if (filter == nullptr || handler == nullptr) continue;
+    const std::string* destination = handler->value("Destination").text();
+    if (destination == nullptr || !asks_for(*filter, source, type)) continue;
+    const std::string* name = filter->value("Name").text();
+    result.push_back({*each, *destination, name == nullptr ? std::string() : *name});
+  }
+  return result;
 }
 
 Indications::Stream& Indications::stream_of(const Instance& subscription) {
@@ -113,21 +117,11 @@ Indications::Stream& Indications::stream_of(const Instance& subscription) {
   return stream;
 }
 
-// False if the subscription's filter asks for something else.
-bool Indications::send_to(const Instance& subscription, const Namespace& name_space,
-                          const Class& type) {
-  const Instance* filter = referenced(name_space, subscription, "Filter");
-  const Instance* handler = referenced(name_space, subscription, "Handler");
-  if (filter == nullptr || handler == nullptr) return false;
-  const Namespace& source = *repository_.find(source_namespace);
-  const std::string* destination = handler->value("Destination").text();
-  if (destination == nullptr || !asks_for(*filter, source, type)) return false;
-
-  Stream& stream = stream_of(subscription);
+void Indications::send_to(const Recipient& recipient, const Class& type) {
+  Stream& stream = stream_of(recipient.subscription);
   const IndicationFacts facts{last_indication_, stream.context, stream.next_number++,
-                              text_or(filter->value("Name"), {})};
-  courier_.post(*destination, {test_indication(type, facts), stream.ticket});
-  return true;
+                              recipient.filter_name};
+  courier_.post(recipient.destination, {test_indication(type, facts), stream.ticket});
 }
 
 }  // namespace simulator

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "../protocol.h"
 #include "../repository.h"
@@ -32,10 +33,10 @@ class Indications {
   void note_creation(const Namespace& name_space, const Instance& instance, const Peer& maker);
   void note_removal(const Instance& instance);
 
-  // Sends an indication of a class of `source_namespace` for each subscription whose filter asks
-  // for it, and returns how many those are; nothing if that is no class of indications, or
-  // abstract.
-  std::optional<std::size_t> send_test(const std::string& class_name);
+  // Sends `count` indications of a class of `source_namespace`, each to every subscription whose
+  // filter asks for it, and returns how many subscriptions those are; nothing if that is no class
+  // of indications, or abstract.
+  std::optional<std::size_t> send_test(const std::string& class_name, std::uint32_t count);
 
   // What became of the indications for a destination; for all together where it is empty.
   Tally tally(const std::string& destination) const { return courier_.tally(destination); }
@@ -54,8 +55,16 @@ class Indications {
     std::int64_t next_number = 0;
   };
 
+  // What is to be known of a subscription to send indications for it.
+  struct Recipient {
+    const Instance& subscription;
+    std::string destination;
+    std::string filter_name;
+  };
+
+  std::vector<Recipient> recipients_of(const Namespace& source, const Class& type) const;
   Stream& stream_of(const Instance& subscription);
-  bool send_to(const Instance& subscription, const Namespace& name_space, const Class& type);
+  void send_to(const Recipient& recipient, const Class& type);
 
   const Repository& repository_;
   Courier& courier_;

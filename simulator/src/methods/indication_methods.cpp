@@ -23,15 +23,11 @@ MethodResult send_test_indications(const MethodCall& call) {
   const std::string* class_name = call.text("ClassName");
   const std::uint32_t count = number_of(*call.text("Count"));
   if (count > most_at_once) return {invalid_parameter, {}};
-  std::size_t subscriptions = 0;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const auto sent =
-        call.indications.send_test(class_name == nullptr ? Indications::usual_class : *class_name);
-    if (!sent) return {invalid_parameter, {}};
-    subscriptions = *sent;
-  }
+  const auto subscriptions = call.indications.send_test(
+      class_name == nullptr ? Indications::usual_class : *class_name, count);
+  if (!subscriptions) return {invalid_parameter, {}};
   MethodResult result{completed, {}};
-  result.add(call.method, "Subscriptions", Value{std::to_string(subscriptions)});
+  result.add(call.method, "Subscriptions", Value{std::to_string(*subscriptions)});
   return result;
 }
 
