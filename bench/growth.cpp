@@ -74,14 +74,8 @@ Contender copy(std::size_t size) {
 }
 
 Contender extract(std::size_t size) {
-  auto context = std::make_shared<zuCIM::CIMcontainer>();
-  context->setCurrentClass("CIM_Fan", "");
-  return {"", [context] { context->ExtractNamedInstances(); },
-          [context, text = small_instances(size)] {
-            context->classes.kill_element(&context->currentClass->instanceNames);
-            context->classes.kill_element(&context->currentClass->instances);
-            context->result.ParseCIMXML(text);
-          }};
+  auto holder = std::make_shared<AnswerHolder>("CIM_Fan", small_instances(size));
+  return {"", [holder] { holder->extract(); }, [holder] { holder->take_answer(); }};
 }
 
 // Goes from instance to instance, as a caller does, and looks at a property of each.
@@ -97,20 +91,16 @@ Contender walk(std::size_t size) {
   return {"", [tree = tree_of(size)] { walk(*tree); }};
 }
 
-unsigned make_plain_context() {
-  const zuCIM::_THR_SERVER_ server{"127.0.0.2", "root", "secret", "5988", "", "", ""};
-  return zuCIM::makeContainer(&server, 0);
-}
-
 // Fills the registry; on the way fifty contexts, the first among them, come and go, so that none
 // stands where its index says. Returns the indices.
 std::vector<unsigned> fill_registry(std::size_t size) {
   constexpr std::size_t erased = 50;
   zuCIM::clearContainers();
   std::vector<unsigned> indices;
+  const auto make = [] { return make_plain_context("127.0.0.2", "5988"); };
   for (std::size_t i = 0; i < size; ++i) {
-    if (i % (size / erased) == 0) zuCIM::eraseContainers(context_of(make_plain_context()));
-    indices.push_back(make_plain_context());
+    if (i % (size / erased) == 0) zuCIM::eraseContainers(context_of(make()));
+    indices.push_back(make());
   }
   return indices;
 }
