@@ -4,21 +4,16 @@
 namespace bench {
 namespace {
 
-Writer begin_message() {
-  Writer out;
-  out.line("<?xml version=\"1.0\" encoding=\"utf-8\" ?>")
-      .open("CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"")
-      .open("MESSAGE ID=\"1042\" PROTOCOLVERSION=\"1.0\"");
-  return out;
-}
+constexpr const char* message_id = "1042";
 
 void add_property(Writer& out, const std::string& name, const std::string& value) {
   out.open("PROPERTY NAME=\"" + name + "\"  TYPE=\"string\"").value(value).close("PROPERTY");
 }
 
 std::string export_message() {
-  Writer out = begin_message();
-  out.open("SIMPLEEXPREQ")
+  Writer out;
+  begin_message(out, message_id)
+      .open("SIMPLEEXPREQ")
       .open("EXPMETHODCALL NAME=\"ExportIndication\"")
       .open("EXPPARAMVALUE NAME=\"NewIndication\"")
       .open("INSTANCE CLASSNAME=\"CIM_AlertIndication\" ");
@@ -45,8 +40,9 @@ std::string indication_request() {
 }
 
 std::string indication_answer() {
-  Writer out = begin_message();
-  return out.open("SIMPLEEXPRSP")
+  Writer out;
+  return begin_message(out, message_id)
+      .open("SIMPLEEXPRSP")
       .open("EXPMETHODRESPONSE NAME=\"ExportIndication\"")
       .line("<IRETURNVALUE/>")
       .close("EXPMETHODRESPONSE")

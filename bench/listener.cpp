@@ -67,8 +67,8 @@ void serve_plainly(IndicationSender& sender, const Socket& socket, const std::st
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  prepare(argc, argv);
   IndicationSender sender(indications, indication_request());
+  prepare(argc, argv);
   const Socket plain = Socket::listening();
   const std::string answer = response(indication_answer());
   zuCIM::CIMindication listener;

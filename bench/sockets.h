@@ -19,7 +19,6 @@ class Socket {
   // Connects to 127.0.0.`host`. Throws std::runtime_error.
   static Socket connected(int host, int port);
 
-  int descriptor() const { return descriptor_; }
   int port() const;
   // Waits for the next connection.
   Socket accept() const;

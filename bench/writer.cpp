@@ -34,10 +34,14 @@ Writer& Writer::value(std::string_view text) {
   return *this;
 }
 
-void begin_answer(Writer& out, std::string_view method) {
-  out.line("<?xml version=\"1.0\" encoding=\"utf-8\" ?>")
+Writer& begin_message(Writer& out, std::string_view id) {
+  return out.line("<?xml version=\"1.0\" encoding=\"utf-8\" ?>")
       .open("CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"")
-      .open("MESSAGE ID=\"1001\" PROTOCOLVERSION=\"1.0\"")
+      .open("MESSAGE ID=\"" + std::string(id) + "\" PROTOCOLVERSION=\"1.0\"");
+}
+
+void begin_answer(Writer& out, std::string_view method) {
+  begin_message(out, "1001")
       .open("SIMPLERSP")
       .open("IMETHODRESPONSE NAME=\"" + std::string(method) + "\"")
       .open("IRETURNVALUE");

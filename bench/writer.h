@@ -39,6 +39,9 @@ class Writer {
   std::string out_;
 };
 
+// Begins a message, up to its first element. Returns `out`.
+Writer& begin_message(Writer& out, std::string_view id);
+
 // Begins the answer to an intrinsic method, up to the start of its return value, and ends it.
 void begin_answer(Writer& out, std::string_view method);
 std::string end_answer(Writer& out);

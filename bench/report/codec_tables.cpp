@@ -1,6 +1,5 @@
 #include "codec_tables.h"
 
-#include <algorithm>
 #include <array>
 
 #include "markdown.h"
