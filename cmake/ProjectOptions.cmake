@@ -21,13 +21,14 @@ if(ZUCIM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${ZUCIM_CCACHE}")
 endif()
 
+# Freed nodes are asked for their chunk after their destructor; -fno-lifetime-dse keeps the answer.
 # g++ 12 warns falsely of overlapping copies in std::string's operator+, hence -Wno-restrict.
 # A null `this` is an answered case of several members, so neither the optimiser nor the
 # sanitizers may treat it as impossible.
 add_library(zucim_settings INTERFACE)
 target_compile_options(zucim_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -fno-delete-null-pointer-checks
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-nonnull-compare;-Wno-nonnull;-Wno-restrict>
+  $<$<CXX_COMPILER_ID:GNU>:-fno-lifetime-dse;-Wno-nonnull-compare;-Wno-nonnull;-Wno-restrict>
   $<$<CXX_COMPILER_ID:Clang>:-Wno-tautological-undefined-compare;-Wno-undefined-bool-conversion>)
 if(ZUCIM_SANITIZE)
   target_compile_options(zucim_settings INTERFACE

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "BRQ/Trace.h"
+#include "CIMclasses/attribute_record.h"
 #include "CIMclasses/tree_memory.h"
 #include "zuCIM/vocabulary.h"
 
@@ -88,7 +89,8 @@ void* make_block(const void* data, std::size_t prefix, std::size_t length) {
 
 // A copy of an attribute's record; null when memory is short.
 void* copy_record(const void* record) {
-  const std::size_t length = 1 + std::strlen(static_cast<const char*>(record) + 1) + 1;
+  const std::size_t length =
+      std::strlen(static_cast<const char*>(record) + 1) + attribute_record::overhead;
   void* const copy = std::malloc(length);
   if (copy != nullptr) std::memcpy(copy, record, length);
   return copy;
@@ -97,7 +99,7 @@ void* copy_record(const void* record) {
 // Makes slots and blocks of an array that lie in a document's memory blocks of the heap, so that
 // they can change. When memory is short nothing changes, and the result is false.
 bool make_changeable(CIMarray& array) {
-  if (!NodeMemory::is_in_chunk(array)) return true;
+  if (!NodeMemory::is_packed(array)) return true;
   CIMarray copy;
   if (!resize(copy, std::max(array.argc, 1U))) return false;
   for (; copy.argc < array.argc; ++copy.argc)
@@ -105,7 +107,7 @@ bool make_changeable(CIMarray& array) {
   array.argv = std::exchange(copy.argv, nullptr);
   array.maxargc = std::exchange(copy.maxargc, 0);
   copy.argc = 0;
-  NodeMemory::leave_chunk(array);
+  NodeMemory::unpack(array);
   return true;
 }
 
@@ -127,7 +129,7 @@ Appended append(CIMarray* array, const void* data, int size, int grow) {
 
 // A block that lies in a chunk is left to it.
 void free_block(const CIMarray& array, void* block) {
-  if (!NodeMemory::is_in_chunk(array)) std::free(block);
+  if (!NodeMemory::is_packed(array)) std::free(block);
 }
 
 // Frees the elements from `n` on.
@@ -140,9 +142,9 @@ void truncate(CIMarray& array, unsigned n) {
 
 // Slots and blocks that lie in a chunk are left to it.
 void free_everything(CIMarray& array) {
-  if (NodeMemory::is_in_chunk(array)) {
+  if (NodeMemory::is_packed(array)) {
     array.argv = nullptr;
-    NodeMemory::leave_chunk(array);
+    NodeMemory::unpack(array);
   }
   truncate(array, 0);
   drop_slots(array);

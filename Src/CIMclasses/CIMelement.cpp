@@ -4,6 +4,7 @@
 #include <new>
 
 #include "BRQ/Trace.h"
+#include "CIMclasses/attribute_record.h"
 #include "CIMclasses/text.h"
 #include "zuCIM/vocabulary.h"
 
@@ -11,8 +12,6 @@ namespace zuCIM {
 namespace {
 
 constexpr const char* trace_source = "Src/CIMclasses";
-// One byte before the text holds the attribute id plus one.
-constexpr int record_size = -2;
 constexpr int record_growth = 15;
 
 int raise_attr_put(const char* failure) {
@@ -62,7 +61,9 @@ int CIMelement::attr_put(int attribute, const char* text) noexcept {
   if (attribute < 0 || attribute >= attr::COUNT) return raise_attr_put("unknown attribute id!");
   if (attributes == nullptr) attributes = new (std::nothrow) CIMarray;
   void* const record =
-      attributes == nullptr ? nullptr : attributes->putargv(text, record_size, record_growth);
+      attributes == nullptr
+          ? nullptr
+          : attributes->putargv(text, attribute_record::element_size, record_growth);
   if (record == nullptr) return raise_attr_put("cannot alloc memory!");
   *static_cast<unsigned char*>(record) = static_cast<unsigned char>(attribute + 1);
   return status::success;

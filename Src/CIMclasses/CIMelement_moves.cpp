@@ -38,20 +38,23 @@ void append_run(CIMelement** chain, CIMelement* run) {
 void free_content(CIMelement& node) {
   node.name = nullptr;
   std::free(std::exchange(node.value, nullptr));
-  NodeMemory::free_attributes(std::exchange(node.attributes, nullptr));
+  delete std::exchange(node.attributes, nullptr);
 }
 
-// Counts freed nodes that follow each other in a chunk, to give them back to it all at once.
-class FreedNodes {
+// Counts what is freed in one chunk after the other, to give it back to each all at once.
+class FreedObjects {
  public:
-  FreedNodes() = default;
-  ~FreedNodes() { give_back(); }
-  FreedNodes(const FreedNodes&) = delete;
-  FreedNodes& operator=(const FreedNodes&) = delete;
+  FreedObjects() = default;
+  ~FreedObjects() { give_back(); }
+  FreedObjects(const FreedObjects&) = delete;
+  FreedObjects& operator=(const FreedObjects&) = delete;
 
-  void add(const CIMelement& node, TreeChunk* chunk) noexcept {
+  // Takes a node or an array that lies in a chunk, and holds nothing outside.
+  template <class Object>
+  void add(const Object& object) noexcept {
+    TreeChunk* const chunk = NodeMemory::chunk_of(object);
     if (chunk != chunk_) give_back();
-    forbid_access(&node, sizeof node);
+    forbid_access(&object, sizeof object);
     chunk_ = chunk;
     ++count_;
   }
@@ -65,15 +68,22 @@ class FreedNodes {
   std::size_t count_ = 0;
 };
 
+void free_attributes(CIMarray* attributes, FreedObjects& freed) noexcept {
+  if (attributes != nullptr && NodeMemory::is_packed(*attributes))
+    freed.add(*attributes);
+  else
+    delete attributes;
+}
+
 // Frees all nodes from `node` on.
 void free_chain(CIMelement* node) noexcept {
-  FreedNodes freed;
+  FreedObjects freed;
   while (node != nullptr) {
     CIMelement* const after = node->next;
-    if (TreeChunk* const chunk = NodeMemory::chunk_of(*node)) {
+    if (NodeMemory::chunk_of(*node) != nullptr) {
       std::free(node->value);
-      NodeMemory::free_attributes(node->attributes);
-      freed.add(*node, chunk);
+      free_attributes(node->attributes, freed);
+      freed.add(*node);
     } else {
       node->next = nullptr;
       delete node;

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <new>
 #include <span>
 #include <string_view>
@@ -12,14 +9,14 @@
 #include "zuCIM/element.h"
 
 // The memory of parsed documents. Their nodes and attributes lie side by side in chunks instead of
-// in blocks of the heap; a chunk lives as long as one of its nodes. What is made one by one, by a
+// in blocks of the heap; a chunk lives as long as one of them. What is made one by one, by a
 // caller or where a chunk has no room, are blocks of the heap as ever, and both kinds may stand in
 // one tree. A value always is a block of its own, which callers may free and replace.
 namespace zuCIM {
 
-// A piece of memory that nodes are laid into. Chains of several threads may have nodes in it.
+// A piece of memory that nodes and attributes are laid into. Several threads may have some there.
 struct TreeChunk {
-  // The nodes that are left, and many more while the chunk is being filled.
+  // The nodes and arrays that are left, and many more while the chunk is being filled.
   std::atomic<std::size_t> users;
   // Bytes of the chunk, this header included.
   std::size_t size;
@@ -27,23 +24,25 @@ struct TreeChunk {
   void release(std::size_t count) noexcept;
 };
 
-// What a node and its attributes know of the chunk that they lie in.
+// What nodes and arrays know of the chunk that they lie in.
 class NodeMemory {
  public:
-  // Null for a node that is a block of the heap, or a caller's variable.
-  static TreeChunk* chunk_of(const CIMelement& node) noexcept { return node.chunk_; }
-  static void set_chunk(CIMelement& node, TreeChunk* chunk) noexcept { node.chunk_ = chunk; }
-  // Frees attributes that a node gives up; null has none.
-  static void free_attributes(CIMarray* array) noexcept;
-
-  // Whether the array's slots and blocks lie in a chunk, and so may neither be freed nor grow.
-  static bool is_in_chunk(const CIMarray& array) noexcept {
-    return array.is_of_chunk_ && !array.has_left_chunk_;
+  // Null for a block of the heap, or a variable. Also after the destructor, which leaves it alone.
+  template <class Object>
+  static TreeChunk* chunk_of(const Object& object) noexcept {
+    return object.chunk_;
   }
+  static void set_chunk(CIMelement& node, TreeChunk* chunk) noexcept { node.chunk_ = chunk; }
+
   // Marks an array that was laid into a chunk with all that it holds.
-  static void enter_chunk(CIMarray& array) noexcept { array.is_of_chunk_ = true; }
+  static void pack(CIMarray& array, TreeChunk* chunk) noexcept {
+    array.chunk_ = chunk;
+    array.is_packed_ = true;
+  }
+  // Whether the array's slots and blocks lie in a chunk, and so may neither be freed nor grow.
+  static bool is_packed(const CIMarray& array) noexcept { return array.is_packed_; }
   // Marks an array whose slots and blocks are of the heap now.
-  static void leave_chunk(CIMarray& array) noexcept { array.has_left_chunk_ = array.is_of_chunk_; }
+  static void unpack(CIMarray& array) noexcept { array.is_packed_ = false; }
 };
 
 // An attribute that is to be stored.
@@ -71,12 +70,8 @@ class TreeMemory {
  private:
   bool open_chunk() noexcept;
   void close_chunk() noexcept;
-  char* take_back(std::size_t size, std::size_t alignment) noexcept;
+  char* take_back(std::size_t size) noexcept;
   void write_text(char* place, std::string_view text) const noexcept;
-
-  // Texts up to this length are copied as that many bytes, which takes no loop; what is too much
-  // goes before the text, where nothing is yet.
-  static constexpr std::size_t short_text = 16;
 
   const char* document_begin_;
   // How much memory the rest of the text is going to need.
@@ -86,26 +81,9 @@ class TreeMemory {
   // so that a walk from node to node goes through little memory.
   char* front_ = nullptr;
   char* back_ = nullptr;
-  std::size_t nodes_ = 0;
+  // How many nodes and arrays have been laid into it.
+  std::size_t laid_ = 0;
 };
-
-// Null when there is no room.
-inline char* TreeMemory::take_back(std::size_t size, std::size_t alignment) noexcept {
-  const auto room = static_cast<std::size_t>(back_ - front_);
-  if (room < short_text + alignment || room - short_text - alignment < size) return nullptr;
-  const auto place = reinterpret_cast<std::uintptr_t>(back_) - size;
-  return back_ -= size + place % alignment;
-}
-
-// Writes the text and its NUL.
-inline void TreeMemory::write_text(char* place, std::string_view text) const noexcept {
-  const char* const end = text.data() + text.size();
-  if (text.size() <= short_text && static_cast<std::size_t>(end - document_begin_) >= short_text)
-    std::memcpy(place + text.size() - short_text, end - short_text, short_text);
-  else
-    std::memcpy(place, text.data(), text.size());
-  place[text.size()] = '\0';
-}
 
 inline CIMelement* TreeMemory::make_node() noexcept {
   if (static_cast<std::size_t>(back_ - front_) < sizeof(CIMelement) && !open_chunk())
@@ -113,7 +91,7 @@ inline CIMelement* TreeMemory::make_node() noexcept {
   auto* const node = new (front_) CIMelement;
   front_ += sizeof(CIMelement);
   NodeMemory::set_chunk(*node, chunk_);
-  ++nodes_;
+  ++laid_;
   return node;
 }
 

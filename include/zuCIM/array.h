@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 
 #include "BRQ/CriticalSection.h"
 #include "zuCIM/export.h"
 
 namespace zuCIM {
+
+struct TreeChunk;
 
 // A growable array of pointers to heap blocks of one kind, which it owns: records of a fixed size,
 // or texts with an optional prefix. It is laid out like a program's argument vector.
@@ -27,10 +31,10 @@ class ZUCIM_API CIMarray {
  private:
   friend class NodeMemory;
 
-  // Whether the array lies in the memory of a parsed document. Its slots and blocks do so, too,
-  // until it leaves that memory because it changes.
-  bool is_of_chunk_ = false;
-  bool has_left_chunk_ = false;
+  // The memory that this array lies in, with others of the document it was parsed from.
+  TreeChunk* chunk_ = nullptr;
+  // Whether its slots and blocks lie there, too; when it changes, they become blocks of the heap.
+  bool is_packed_ = false;
 
  public:
   // Guards the fields above.
@@ -42,6 +46,11 @@ class ZUCIM_API CIMarray {
   CIMarray(const CIMarray& source) noexcept;
   // Frees all elements.
   ~CIMarray();
+  // Arrays are made with new, and by ParseCIMXML; all are freed with delete.
+  static void* operator new(std::size_t size);
+  static void* operator new(std::size_t size, const std::nothrow_t& nothrow) noexcept;
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void operator delete(void* array, std::size_t size) noexcept;
   // Replaces the contents by copies of the elements of `source`, prefixes included. When memory is
   // short the copy stops early; `source` is read without its lock.
   CIMarray& operator=(const CIMarray& source) noexcept;

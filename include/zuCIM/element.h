@@ -9,8 +9,6 @@
 
 namespace zuCIM {
 
-struct TreeChunk;
-
 // One node of a CIM-XML document. A document is one chain of nodes in document order, in which each
 // node also points to its parent; the descendants of a node are the run of nodes that follows it.
 //
@@ -83,8 +81,8 @@ class ZUCIM_API CIMelement {
   char* getValueOfProperty(const char* text) noexcept;
 
   // Unlinks and frees this node, with its subtree if asked. Returns the node that preceded it; null
-  // when it had no parent. Use false only for a node without descendants. Only for nodes made with
-  // new.
+  // when it had no parent. Use false only for a node without descendants. Not for a node
+  // that is a variable or a member of something, such as the root of an answer.
   CIMelement* deleteElement(bool with_subtree) noexcept;
   // Moves this node out of its document to the end of the chain whose head pointer is `*chain`,
   // with its subtree or (false) freeing its descendants. Returns the node that followed the moved

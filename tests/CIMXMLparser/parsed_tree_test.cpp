@@ -88,6 +88,28 @@ TEST(ParsedTree, NodesExchangeWhatTheyHold) {
   EXPECT_EQ(made.attr_put(attr::NAME, "n"), 0);
 }
 
+TEST(ParsedTree, AttributesOutliveTheirDocument) {
+  CIMelement made;
+  {
+    Parsed parsed;
+    made.attributes = std::exchange(parsed.name(1)->attributes, nullptr);
+  }
+  EXPECT_STREQ(made.attr_find(attr::CLASSNAME), "A1");
+  EXPECT_EQ(made.attr_put(attr::NAME, "n"), 0);
+  EXPECT_STREQ(made.attr_find(attr::CLASSNAME), "A1");
+}
+
+TEST(ParsedTree, AttributesAreDeletedAlone) {
+  Parsed parsed;
+  delete std::exchange(parsed.name(0)->attributes, nullptr);
+  EXPECT_EQ(parsed.name(1)->attr_put(attr::NAME, "n"), 0);
+  delete std::exchange(parsed.name(1)->attributes, nullptr);
+  EXPECT_EQ(parsed.name(0)->attr_find(attr::CLASSNAME), nullptr);
+  EXPECT_EQ(parsed.name(0)->attr_put(attr::NAME, "new"), 0);
+  EXPECT_STREQ(parsed.name(0)->attr_find(attr::NAME), "new");
+  EXPECT_STREQ(parsed.name(2)->attr_find(attr::CLASSNAME), "A2");
+}
+
 struct Named : CIMelement {
   explicit Named(bool& is_gone) : is_gone_(is_gone) {}
   ~Named() { is_gone_ = true; }
@@ -98,6 +120,22 @@ TEST(ParsedTree, ClassesMayDeriveFromANode) {
   bool is_gone = false;
   Named* const named = new Named(is_gone);
   EXPECT_EQ(named->ParseCIMXML(document(2)), 0U);
+  delete named;
+  EXPECT_TRUE(is_gone);
+}
+
+struct NamedArray : CIMarray {
+  explicit NamedArray(bool& is_gone) : is_gone_(is_gone) {}
+  ~NamedArray() { is_gone_ = true; }
+  bool& is_gone_;
+};
+
+TEST(ParsedTree, ClassesMayDeriveFromAnArray) {
+  Parsed parsed;
+  bool is_gone = false;
+  NamedArray* const named = new NamedArray(is_gone);
+  *static_cast<CIMarray*>(named) = *parsed.name(0)->attributes;
+  EXPECT_EQ(named->argc, 1U);
   delete named;
   EXPECT_TRUE(is_gone);
 }
