@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "BRQ/Trace.h"
+#include "CIMclasses/subtree.h"
 #include "zuCIM/element.h"
 #include "zuCIM/vocabulary.h"
 
@@ -87,15 +88,8 @@ bool put_ancestor_ends(Output& out, const CIMelement& node, const CIMelement* ne
   return ancestor == next_parent;
 }
 
-// Whether the subtree of `top` ends with `node`: where a node follows that has its parent, or its
-// parent's parent.
-bool is_last(const CIMelement& node, const CIMelement& top) {
-  if (node.next == nullptr) return true;
-  const CIMelement* const outer = top.parent != nullptr ? top.parent->parent : nullptr;
-  return node.next->parent == top.parent || node.next->parent == outer;
-}
-
 unsigned put_subtree(Output& out, CIMelement& top) {
+  const SubtreeEnd end(top);
   for (CIMelement* node = &top; node != nullptr; node = node->next) {
     put_start_tag(out, *node);
     const CIMelement* const next_parent = node->next != nullptr ? node->next->parent : top.parent;
@@ -109,7 +103,7 @@ unsigned put_subtree(Output& out, CIMelement& top) {
       trace_error("bad data in CIMelement found!");
       return status::failure;
     }
-    if (is_last(*node, top)) break;
+    if (end.is_at(*node)) break;
   }
   return status::success;
 }

@@ -2,30 +2,12 @@
 
 #include <cstdint>
 
+#include "CIMclasses/subtree.h"
 #include "CIMclasses/text.h"
 #include "zuCIM/vocabulary.h"
 
 namespace zuCIM {
 namespace {
-
-// Finds where the subtree of a node ends: before the first node whose parent is the parent or the
-// grandparent of the subtree's top. Ancestors further up are deliberately not looked at, so a
-// subtree that one of their children follows runs on.
-class SubtreeEnd {
- public:
-  explicit SubtreeEnd(const CIMelement* top)
-      : parent_(top->parent), grandparent_(parent_ == nullptr ? nullptr : parent_->parent) {}
-
-  // True when `node`, a node of the subtree, is the last one.
-  bool is_last(const CIMelement* node) const {
-    const CIMelement* const after = node->next;
-    return after == nullptr || after->parent == parent_ || after->parent == grandparent_;
-  }
-
- private:
-  const CIMelement* parent_;
-  const CIMelement* grandparent_;
-};
 
 // The nodes of a parsed document lie one after the other in memory, so what a walk is going to need
 // can be asked for early. For other nodes it is a guess that costs nothing.
@@ -54,9 +36,9 @@ char* value_after(const CIMelement* node) {
 
 CIMelement* CIMelement::getLastElement() noexcept {
   if (this == nullptr) return nullptr;
-  const SubtreeEnd end(this);
+  const SubtreeEnd end(*this);
   CIMelement* last = this;
-  while (!end.is_last(last)) {
+  while (!end.is_at(*last)) {
     fetch_ahead(last);
     last = last->next;
   }
@@ -81,11 +63,11 @@ CIMelement* CIMelement::findelement(int element, int n) noexcept {
 CIMelement* CIMelement::search_elem(int element, const char* text) noexcept {
   const char* const kind = kind_of(element);
   if (this == nullptr || kind == nullptr) return nullptr;
-  const SubtreeEnd end(this);
+  const SubtreeEnd end(*this);
   for (CIMelement* node = this;; node = node->next) {
     if (node->name == kind && node->attr_find_exact(attr::NAME, text) == status::success)
       return node;
-    if (end.is_last(node)) return nullptr;
+    if (end.is_at(*node)) return nullptr;
   }
 }
 

@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "CIMclasses/subtree.h"
 #include "CIMoperations/failure.h"
 #include "CIMoperations/result_list.h"
 #include "zuCIM/container.h"
@@ -119,11 +120,9 @@ bool move_method(CIMelement* before, ResultList& methods) {
 
 // Moves the methods of `definition`; false when one reaches too far or memory is short.
 bool move_methods(CIMelement& definition, ResultList& methods) {
-  const CIMelement* const parent = definition.parent;
-  const CIMelement* const grandparent = parent != nullptr ? parent->parent : nullptr;
+  const SubtreeEnd end(definition);
   CIMelement* before = &definition;
-  for (CIMelement* node = before->next; node != nullptr; node = before->next) {
-    if (node->parent == parent || node->parent == grandparent) return true;
+  for (CIMelement* node = before->next; !end.is_before(node); node = before->next) {
     if (!is_kind(node, elem::METHOD)) {
       before = node;
       continue;
