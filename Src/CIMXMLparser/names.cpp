@@ -2,7 +2,6 @@
 
 #include <strings.h>
 
-#include <algorithm>
 #include <cassert>
 #include <cstring>
 
@@ -35,7 +34,7 @@ int NameTable::find(std::string_view name) const {
   return ids_[slot];
 }
 
-NameRow::NameRow(const char* name) : text_(name), size_(std::strlen(name)) {
+NameRow::NameRow(const char* name) : size_(std::strlen(name)) {
   assert(size_ <= sizeof words_);
   std::memcpy(words_.data(), name, size_);
   std::memset(masks_.data(), 0xFF, size_);
@@ -52,15 +51,13 @@ std::array<NameRow, count> rows_of(const char* const* names) {
 
 }  // namespace
 
-const std::array<NameRow, 70>& element_names() {
-  static_assert(elem::UNKNOWN == 70);
-  static const auto rows = rows_of<70>(known_cim_elements);
+const std::array<NameRow, elem::UNKNOWN>& element_names() {
+  static const auto rows = rows_of<elem::UNKNOWN>(known_cim_elements);
   return rows;
 }
 
-const std::array<NameRow, 33>& attribute_names() {
-  static_assert(attr::UNKNOWN == 33);
-  static const auto rows = rows_of<33>(known_cim_attributes);
+const std::array<NameRow, attr::UNKNOWN>& attribute_names() {
+  static const auto rows = rows_of<attr::UNKNOWN>(known_cim_attributes);
   return rows;
 }
 

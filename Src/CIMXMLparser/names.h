@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "zuCIM/vocabulary.h"
+
 namespace zuCIM::codec {
 
 // Finds the id of a name in one of the vocabulary's tables, by a hash instead of a walk.
@@ -35,7 +37,8 @@ class NameRow {
   // Whether the name stands at `position`, before `end`; a character follows it there.
   bool stands_at(const char* position, const char* end) const {
     const auto room = static_cast<std::size_t>(end - position);
-    if (room < sizeof words_) return room > size_ && std::memcmp(position, text_, size_) == 0;
+    if (room < sizeof words_)
+      return room > size_ && std::memcmp(position, words_.data(), size_) == 0;
     return word_at(position, 0) == words_[0] &&
            (size_ <= 8 || (word_at(position, 1) == words_[1] &&
                            (size_ <= 16 || (word_at(position, 2) == words_[2] &&
@@ -49,16 +52,15 @@ class NameRow {
     return word & masks_[index];
   }
 
-  const char* text_ = "";
   std::size_t size_ = 0;
   std::array<std::uint64_t, 4> words_{};
   std::array<std::uint64_t, 4> masks_{};
 };
 
-// The names of the elements, by id: rows 0 to 69.
-const std::array<NameRow, 70>& element_names();
-// The names of the attributes, by id: rows 0 to 32.
-const std::array<NameRow, 33>& attribute_names();
+// The names of the elements, by id.
+const std::array<NameRow, elem::UNKNOWN>& element_names();
+// The names of the attributes, by id.
+const std::array<NameRow, attr::UNKNOWN>& attribute_names();
 
 // The id of an element name in an exact comparison with rows 0 to 69; -1 for an unknown one.
 int find_element(std::string_view name);

@@ -25,8 +25,8 @@ constexpr unsigned char is_end_of_text = 4;
 
 constexpr std::array<unsigned char, 256> classes = [] {
   std::array<unsigned char, 256> table{};
-  for (int c = -128; c <= 32; ++c)
-    if (c != 0) table[static_cast<unsigned char>(c)] = is_white | is_end_of_name;
+  for (std::size_t c = 0; c < table.size(); ++c)
+    if (is_space(static_cast<char>(c))) table[c] = is_white | is_end_of_name;
   for (const char c : {'/', '>'}) table[static_cast<unsigned char>(c)] = is_end_of_name;
   for (const char c : {'<', '"', '\''}) table[static_cast<unsigned char>(c)] = is_end_of_text;
   table[0] = is_end_of_name | is_end_of_text;
@@ -135,7 +135,7 @@ class QuickParser {
     } else {
       const char* const begin = std::exchange(cursor_, name_end(cursor_));
       const int id = find_element({begin, cursor_});
-      if (id <= elem::XML_DECLARATION) return -1;
+      if (id < 0) return -1;
       guess = static_cast<unsigned char>(id);
     }
     return last_id_ = guess;

@@ -10,7 +10,7 @@ namespace zuCIM::codec {
 inline constexpr std::size_t npos = std::string_view::npos;
 
 // White space is every code up to 32, read as a signed byte; so bytes from 128 on are white space.
-inline bool is_space(char c) {
+constexpr bool is_space(char c) {
   return c != '\0' && static_cast<signed char>(c) <= 32;
 }
 
