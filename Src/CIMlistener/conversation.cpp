@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <string_view>
 
-#include "BRQ/Time.h"
 #include "CIMlistener/export_request.h"
 #include "CIMlistener/export_response.h"
+#include "CIMlistener/interruption.h"
 #include "CIMlistener/listener_trace.h"
 #include "zuCIM/indication.h"
 
@@ -23,29 +23,18 @@ constexpr int line_of_too_much = 172;
 constexpr int line_of_closed = 179;
 constexpr int line_of_send = 224;
 constexpr std::size_t most_bytes_at_once = 8191;
-constexpr unsigned retry_milliseconds = 1000;
-
-// Whether a call that failed is to be repeated; after EAGAIN it waits first.
-bool is_worth_a_retry() noexcept {
-  if (errno != EINTR && errno != EAGAIN) return false;
-  if (errno == EAGAIN) BRQ::Misc::msleep(retry_milliseconds);
-  errno = 0;
-  return true;
-}
 
 // Returns what is left to send; null data after a failure.
 std::string_view send_some(int socket, std::string_view text) noexcept {
   const ssize_t sent = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
   if (sent > 0) return text.substr(static_cast<std::size_t>(sent));
-  return sent < 0 && is_worth_a_retry() ? text : std::string_view();
+  return sent < 0 && is_to_be_repeated() ? text : std::string_view();
 }
 
 }  // namespace
 
 Conversation::Conversation(Descriptor socket, ListenerState* listener) noexcept
-    : socket_(std::move(socket)),
-      listener_(listener),
-      deadline_(BRQ::Misc::steady_now() + std::chrono::seconds(listener_limit::request_seconds)) {}
+    : socket_(std::move(socket)), listener_(listener) {}
 
 Conversation::~Conversation() {
   if (held_ != 0) listener_->drop(held_);
@@ -53,7 +42,10 @@ Conversation::~Conversation() {
 
 // A reader whose connection is another's finds it closed.
 bool Conversation::receive() {
-  if (!socket_.is_open()) return end_as_closed() == Step::done;
+  if (!socket_.is_open()) {
+    end_as_closed();
+    return false;
+  }
   if (!wait_for_data(listener_limit::first_data_seconds)) return false;
   Step step = receive_piece();
   while (step == Step::go_on) {
@@ -65,8 +57,7 @@ bool Conversation::receive() {
 
 // The seconds until the request has taken too long, rounded up.
 int Conversation::seconds_left() const noexcept {
-  const auto left = std::chrono::ceil<std::chrono::seconds>(deadline_ - BRQ::Misc::steady_now());
-  return static_cast<int>(std::max<std::chrono::seconds::rep>(left.count(), 0));
+  return static_cast<int>((time_left_.Remaining() + 999) / 1000);
 }
 
 bool Conversation::wait_for_data(int seconds) noexcept {
@@ -85,7 +76,7 @@ Conversation::Step Conversation::receive_piece() {
 
 // Before the first byte the length is still 0, so that an interrupted receive ends the request.
 Conversation::Step Conversation::after_failure() noexcept {
-  if (is_worth_a_retry()) return progress();
+  if (is_to_be_repeated()) return progress();
   errno = 0;
   trace_listener(trace_level::error, line_of_recv, "readerThread: ERROR in 'recv'");
   return Step::ended;

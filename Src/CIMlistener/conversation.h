@@ -1,10 +1,10 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "BRQ/Waiter.h"
 #include "CIMlistener/descriptor.h"
 #include "CIMlistener/listener_state.h"
 
@@ -44,7 +44,7 @@ class Conversation {
   std::string body_;
   std::size_t held_ = 0;
   std::size_t length_ = 0;
-  std::chrono::steady_clock::time_point deadline_;
+  BRQ::Threading::CWaitInterval time_left_{listener_limit::request_seconds * 1000U};
 };
 
 }  // namespace zuCIM

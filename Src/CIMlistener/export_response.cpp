@@ -1,6 +1,5 @@
 #include "CIMlistener/export_response.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
@@ -64,8 +63,7 @@ ExportResponse::ExportResponse(int message_id) noexcept {
 }
 
 void ExportResponse::append(std::string_view text) noexcept {
-  text.copy(text_.data() + size_, text_.size() - size_);
-  size_ += std::min(text.size(), text_.size() - size_);
+  size_ += text.copy(text_.data() + size_, text_.size() - size_);
 }
 
 }  // namespace zuCIM

@@ -8,7 +8,7 @@
 #include <new>
 
 #include "BRQ/FileDescriptorSet.h"
-#include "BRQ/Time.h"
+#include "CIMlistener/interruption.h"
 #include "CIMlistener/listener.h"
 #include "CIMlistener/listener_state.h"
 #include "CIMlistener/listener_trace.h"
@@ -26,7 +26,6 @@ constexpr int line_of_not_stopped = 421;
 constexpr int line_of_stopped = 428;
 constexpr int polls_for_end = 30;
 constexpr unsigned poll_milliseconds = 1000;
-constexpr unsigned retry_milliseconds = 1000;
 
 int refuse(unsigned level, int line, const char* text) noexcept {
   trace_listener(level, line, text);
@@ -39,14 +38,6 @@ bool has_callback(CIMindication& listener) noexcept {
 
 bool is_listening(CIMindication& listener) noexcept {
   return std::atomic_ref<int>(listener.listenSocket).load() != -1;
-}
-
-// Whether a wait that failed is to be repeated; after EAGAIN it pauses first.
-bool is_to_be_repeated() noexcept {
-  if (errno != EINTR && errno != EAGAIN) return false;
-  if (errno == EAGAIN) BRQ::Misc::msleep(retry_milliseconds);
-  errno = 0;
-  return true;
 }
 
 // One wait. A shortage of memory counts as a lack of resources that passes.

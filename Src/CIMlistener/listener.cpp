@@ -5,8 +5,6 @@
 #include <pthread.h>
 #include <sys/socket.h>
 
-#include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <exception>
 #include <memory>

@@ -1,15 +1,24 @@
 #include "CIMlistener/reader.h"
 
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <string>
 
-#include "CIMlistener/active_reader.h"
 #include "CIMlistener/conversation.h"
 #include "CIMlistener/listener_trace.h"
 
 namespace zuCIM {
 namespace {
+
+// Counts a reader in ListenerThreadIsActive from its construction to its end.
+class ActiveReader {
+ public:
+  ActiveReader() noexcept { std::atomic_ref<int>(ListenerThreadIsActive).fetch_add(1); }
+  ~ActiveReader() { std::atomic_ref<int>(ListenerThreadIsActive).fetch_sub(1); }
+  ActiveReader(const ActiveReader&) = delete;
+  ActiveReader& operator=(const ActiveReader&) = delete;
+};
 
 // The callback is looked up only now: the listener may have been stopped or destroyed meanwhile.
 void hand_over(ListenerState& listener, std::string& text) {
