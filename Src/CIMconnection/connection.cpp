@@ -32,13 +32,13 @@ void report(CIMconnection& connection, const char* function, const std::exceptio
             function, error.what());
 }
 
-// Changes of several strings are made all or not at all: the new values are made first, and then
-// swapped in, which cannot fail.
-
 // Overwrites a text that is about to be given back, so that it does not stay in free memory.
 void wipe(std::string& text) noexcept {
   ::explicit_bzero(text.data(), text.size());
 }
+
+// Changes of several strings are made all or not at all: the new values are made first, and then
+// swapped in, which cannot fail.
 
 // What a server record says, in copies.
 struct ServerTexts {

@@ -8,8 +8,8 @@ namespace zuCIM {
 
 namespace {
 
-// Copies what a context has beyond its connection and its index. A listener is never
-// shared; the target's own one ends.
+// Copies what a context has beyond its connection and its index. A listener is never shared; the
+// target's own one ends.
 void copy_own_members(CIMcontainer& target, const CIMcontainer& source) noexcept {
   target.classes = source.classes;
   target.methodName = source.methodName;

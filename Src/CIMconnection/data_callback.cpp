@@ -22,7 +22,7 @@ void make_room(LimitedText& target) noexcept {
   try {
     target.text.reserve(static_cast<std::size_t>(std::min(announced, most)));
   } catch (...) {
-    target.handle = nullptr;
+    // The text grows by itself, or cannot, which ends the transfer.
   }
 }
 

@@ -165,7 +165,7 @@ struct Transfer {
   Progress progress;
   LimitedText header;
   LimitedText body;
-  // What must not show in libcurl's verbose output; empty while that is off.
+  // What must not show in libcurl's verbose output; empty when that is off, never when it is on.
   std::string credentials;
   // What libcurl has to say about a failure beyond its code.
   std::array<char, CURL_ERROR_SIZE> detail{};
@@ -177,7 +177,7 @@ void set_diagnostic_options(CIMconnection& connection, Transfer& transfer) noexc
   curl_easy_setopt(connection.curl, CURLOPT_ERRORBUFFER, transfer.detail.data());
   curl_easy_setopt(connection.curl, CURLOPT_DEBUGFUNCTION, &write_verbose_output);
   curl_easy_setopt(connection.curl, CURLOPT_DEBUGDATA, &transfer.credentials);
-  curl_easy_setopt(connection.curl, CURLOPT_VERBOSE, is_verbose() ? 1L : 0L);
+  curl_easy_setopt(connection.curl, CURLOPT_VERBOSE, transfer.credentials.empty() ? 0L : 1L);
 }
 
 bool set_data_options(CIMconnection& connection, Transfer& transfer) noexcept {

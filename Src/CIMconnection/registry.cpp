@@ -16,10 +16,10 @@
 #include "zuCIM/vocabulary.h"
 
 // The contexts lie by value in the blocks of gCIMContainers: each is constructed in its block
-// before the array gets it and destroyed there before the array frees it, so the address of a
-// context never changes and nobody sees a context before it is complete. The array's lock guards
-// the array and `indices_grow`. No trace is written under it, since a trace sink may look a context
-// up.
+// before the array gets it, and taken out of the array before it is destroyed and its block freed,
+// so the address of a context never changes and nobody sees a context that is not complete. The
+// array's lock guards the array and `indices_grow`. No trace is written under it, since a trace
+// sink may look a context up.
 
 namespace zuCIM {
 
