@@ -29,7 +29,7 @@ std::string owner_name(const CIMcontainer& container) {
 }
 
 CIMelement* find_own_instance(CIMelement* names, const std::string& owner) noexcept {
-  return names != nullptr ? names->findInstanceName(PROP_SYSTEMNAME, owner.c_str()) : nullptr;
+  return names->findInstanceName(PROP_SYSTEMNAME, owner.c_str());
 }
 
 void change_listener_count(int difference) noexcept {

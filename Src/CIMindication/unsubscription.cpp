@@ -21,17 +21,6 @@ std::string text_of(CIMelement& name) {
   return text;
 }
 
-// Knows whether a server lists the instance again that it has just deleted. Without that a server
-// that only pretends to delete would be asked for ever.
-class LastDeleted {
- public:
-  bool is(const std::string& name) const { return !name_.empty() && name == name_; }
-  void set(std::string&& name) noexcept { name_ = std::move(name); }
-
- private:
-  std::string name_;
-};
-
 void fail(CIMcontainer& container, const char* text, int line = __builtin_LINE()) noexcept {
   container.SetCimStatus_FL(status::failure, text, indication_source, line);
 }
@@ -42,17 +31,18 @@ void fail(CIMcontainer& container, const char* text, int line = __builtin_LINE()
 template <class Choose>
 void delete_instances(CIMcontainer& container, const char* class_name, Choose choose) {
   choose_interop_class(container, class_name);
-  LastDeleted last;
+  std::string last;
   for (std::size_t deletions = 0;; ++deletions) {
     CIMelement* const name = choose(container.Imethod_EnumerateInstanceNames());
     if (name == nullptr) return;
     std::string text = text_of(*name);
-    if (last.is(text))
+    // Without this a server that only pretends to delete would be asked for ever.
+    if (!text.empty() && text == last)
       return fail(container, "the server still lists an instance that it has deleted");
     if (deletions >= container.mostDeletions)
       return fail(container, "the server lists more instances than may be deleted");
     if (container.Imethod_DeleteInstance(name) != status::success) return;
-    last.set(std::move(text));
+    last = std::move(text);
   }
 }
 
