@@ -2,7 +2,7 @@
 
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
-export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions='$PWD/.tsan-suppressions'"
 
 # What such programs, and the builds that start them, have to be started with on this machine.
 runner=()
