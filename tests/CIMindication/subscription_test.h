@@ -5,12 +5,11 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <thread>
-#include <utility>
 #include <vector>
 
 #include "CIMindication/interop_answers.h"
 #include "CIMindication/property_lists.h"
+#include "support/comes_true.h"
 #include "support/http_answer.h"
 #include "support/loopback.h"
 #include "support/scripted_server.h"
@@ -31,7 +30,8 @@ inline script::Steps answering(const std::string& answer) {
 // Waits until the thread of a listener that was started listens, or has ended without.
 inline void wait_until_settled(zuCIM::CIMindication& listener) {
   const std::atomic_ref<zuCIM::IndicationCallback> callback(listener.pCallBack);
-  while (listener.check_Listener() != 0 && callback.load() != nullptr) std::this_thread::yield();
+  EXPECT_TRUE(
+      comes_true([&] { return listener.check_Listener() == 0 || callback.load() == nullptr; }));
 }
 
 // Gives a context a listener that listens on a port of the system's choice.

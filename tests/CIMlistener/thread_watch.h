@@ -3,22 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
-#include <thread>
 
 #include "CIMlistener/socket_faults.h"
+#include "support/comes_true.h"
 #include "zuCIM/indication.h"
-
-// Waits until `condition` holds; false when it does not within a minute.
-template <class Condition>
-bool comes_true(const Condition& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
 
 // How many readers the listeners of this process have.
 inline int active_readers() {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "end_to_end/admitted_context.h"
+#include "support/comes_true.h"
 #include "support/loopback.h"
 
 // Several threads with contexts of their own, and one that two of them share, while indications
@@ -76,9 +77,7 @@ int subscribe(CIMcontainer& context, int port) {
 // False when none comes within a minute.
 bool wait_for_an_indication() {
   const unsigned before = received;
-  const auto end = Clock::now() + std::chrono::minutes(1);
-  while (received == before && Clock::now() < end) std::this_thread::yield();
-  return received != before;
+  return comes_true([before] { return received != before; });
 }
 
 void list_something(CIMcontainer& context) {

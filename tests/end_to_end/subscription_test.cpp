@@ -16,6 +16,7 @@
 #include "CIMoperations/recording_clock.h"
 #include "end_to_end/admitted_context.h"
 #include "end_to_end/interop_count.h"
+#include "support/comes_true.h"
 #include "support/failing_allocator.h"
 #include "support/loopback.h"
 #include "support/run_program.h"
@@ -24,17 +25,6 @@
 namespace {
 
 using namespace zuCIM;
-
-// Waits until `condition` holds; false when it does not within a minute.
-template <class Condition>
-bool comes_true(const Condition& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
 
 // What the callback received, and what it does beside that.
 std::mutex mutex;

@@ -11,6 +11,7 @@
 
 #include "indications/courier.h"
 #include "listener.h"
+#include "support/comes_true.h"
 #include "support/http_answer.h"
 
 namespace {
@@ -241,7 +242,7 @@ TEST_F(CourierTest, DropsWhatWaitsForASubscriptionThatIsGone) {
   ticket->ended = true;
   courier.look_at_tickets();
   // The third belongs to another subscription and is tried.
-  while (courier.tally(dead).sent < 2) std::this_thread::yield();
+  ASSERT_TRUE(comes_true([&] { return courier.tally(dead).sent >= 2; }));
   EXPECT_EQ(courier.tally(dead).dropped, 2U);
   EXPECT_EQ(courier.tally(dead).pending(), 1U);
 }
