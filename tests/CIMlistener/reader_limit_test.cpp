@@ -1,8 +1,8 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -19,9 +19,15 @@ Outcome wait_without_end(const CallDetails&) {
   return Outcome::patient();
 }
 
+// A connection that finds the backlog full is tried again only after a second, so each waits until
+// there is room for it.
 std::vector<Descriptor> connect_many(const RunningListener& running, int count) {
   std::vector<Descriptor> sockets;
-  for (int made = 0; made < count; ++made) sockets.push_back(running.connect());
+  for (int made = 0; made < count; ++made) {
+    const int with_a_reader = std::min(made, zuCIM::listener_limit::most_readers);
+    EXPECT_TRUE(comes_true([=] { return active_readers() + 64 > with_a_reader; }));
+    sockets.push_back(running.connect());
+  }
   return sockets;
 }
 
