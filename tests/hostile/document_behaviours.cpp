@@ -102,8 +102,9 @@ std::vector<AnswerBehaviour> document_behaviours() {
       floods("a million processing instructions", 5002, 64, "", "<?php ?>"),
       floods("a million signs that open a tag", 5002, 64, "", "<"),
       floods("a million signs that close a tag", 0, 64, "", ">"),
-      sends("a name of a megabyte", 5002, opening + "<" + std::string(million, 'N') + ">" + closing,
-            unknown),
+      sends(
+          "a name of a megabyte", 5002,
+          [] { return opening + "<" + std::string(million, 'N') + ">" + closing; }, 16, unknown),
       sends(
           "a text of ten megabytes", 0,
           [] {
@@ -146,7 +147,9 @@ std::vector<AnswerBehaviour> document_behaviours() {
             with_error("CODE=\"6\" DESCRIPTION=\"%s%n%1%%2%%999999999s\""),
             "ErrCode:6 %s%n%1%%2%%999999999s"),
       sends("an error with a text of a megabyte", 6,
-            with_error("CODE=\"6\" DESCRIPTION=\"" + std::string(million, 'd') + "\"")),
+            [] {
+              return with_error("CODE=\"6\" DESCRIPTION=\"" + std::string(million, 'd') + "\"");
+            }),
       sends(
           "a million errors", 6,
           [] { return error_document(repeated(million, "<ERROR CODE=\"6\" DESCRIPTION=\"x\"/>")); },

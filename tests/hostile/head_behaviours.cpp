@@ -56,8 +56,11 @@ std::vector<AnswerBehaviour> head_behaviours() {
       chunked("a chunk without its line end", {56}, "3\r\nabcdef\r\n0\r\n\r\n"),
       chunked("chunks without the last one", {18, 56}, "3\r\nabc\r\n"),
       chunked("a plain body as chunks", {56}, good_document),
-      chunked("a chunk extension of a megabyte", {0, 56},
-              "1;" + std::string(1000000, 'e') + "\r\n" + good_document),
+      {{"a chunk extension of a megabyte", {0, 56}},
+       [] {
+         return answer_with(head + "Transfer-Encoding: chunked\r\n\r\n1;" +
+                            std::string(1000000, 'e') + "\r\n" + good_document);
+       }},
       chunked("no chunk but the last one", {5001}, "0\r\n\r\n"),
       coded("Content-Encoding: gzip", {0}),
       coded("Content-Encoding: unheard-of", {0}),

@@ -52,7 +52,7 @@ std::vector<SenderBehaviour> sender_behaviours() {
   const std::string too_large = "readerThread: Content-Length is too large";
   const std::string closed = "readerThread: connection has been gracefully closed";
   const std::string kilobytes(65536, 'x');
-  std::vector<SenderBehaviour> all = {
+  return {
       claims("a negative length", "-1", no_length),
       claims("a length of 0", "0", no_length),
       claims("a length that is no number", "many", no_length),
@@ -77,9 +77,12 @@ std::vector<SenderBehaviour> sender_behaviours() {
       sends("a body that goes on for ever behind its length", 1, request + kilobytes, "", 1000),
       sends("a message id beyond every number", 1, export_request(std::string(100, '9'))),
       sends("a message id with markup", 1, export_request("\"><x y=\"")),
-      sends("a body of the largest size", 1,
-            export_request_with(
-                body + std::string(zuCIM::listener_limit::largest_body - body.size(), ' '))),
+      {{"a body of the largest size", {1}, EndedBy::peer, 128},
+       [](const RunningListener& running) {
+         std::string largest = body;
+         largest.resize(zuCIM::listener_limit::largest_body, ' ');
+         send_and_wait(running, export_request_with(largest), 1);
+       }},
       leaves("nothing, and closes", "", false, closed),
       leaves("half a request, and closes", request.substr(0, request.size() - 50), false, closed),
       leaves("half a request, and resets", request.substr(0, request.size() - 50), true,
@@ -96,7 +99,4 @@ std::vector<SenderBehaviour> sender_behaviours() {
          EXPECT_LE(active_readers(), zuCIM::listener_limit::most_readers + 1);
        }},
   };
-  for (SenderBehaviour& behaviour : all)
-    if (behaviour.name.find("largest") != std::string::npos) behaviour.most_mebibytes = 128;
-  return all;
 }

@@ -133,7 +133,7 @@ std::vector<AnswerBehaviour> transport_behaviours() {
       broken("its answer before it reads the request", {0}, 0,
              {script::Send{answer}, script::ReadRequest{}, script::Close{}}),
       broken("its answer twice", {0}, 0, answer_with(answer + answer)),
-      broken("a megabyte of garbage behind its answer", {0}, 0,
-             answer_with(answer + std::string(1000000, '\x80'))),
+      {{"a megabyte of garbage behind its answer", {0}},
+       [answer] { return answer_with(answer + std::string(1000000, '\x80')); }},
   };
 }
