@@ -213,15 +213,17 @@ TEST_F(Protocol, AnUnknownNamespaceIsAnError) {
 }
 
 TEST_F(Protocol, ReferencesThatNestWithoutEndAreRefused) {
-  std::string name = "<KEYVALUE>x</KEYVALUE>";
+  std::string begin;
+  std::string end;
   for (int depth = 0; depth < 5000; ++depth) {
-    name = "<VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"CIM_Log\">" + name +
-           "</INSTANCENAME></VALUE.REFERENCE>";
+    begin += "<VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"CIM_Log\">";
+    end += "</INSTANCENAME></VALUE.REFERENCE>";
   }
   const auto answer = client.call("GetInstance",
                                   "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME "
                                   "CLASSNAME=\"CIM_Log\"><KEYBINDING NAME=\"x\">" +
-                                      name + "</KEYBINDING></INSTANCENAME></IPARAMVALUE>");
+                                      begin + "<KEYVALUE>x</KEYVALUE>" + end +
+                                      "</KEYBINDING></INSTANCENAME></IPARAMVALUE>");
   EXPECT_EQ(answer.http_status, 400);
   EXPECT_EQ(answer.header("CIMError"), "request-not-valid");
 }
