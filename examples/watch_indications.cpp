@@ -139,7 +139,6 @@ bool is_listening(CIMindication& listener) {
 }
 
 void announce(const CIMcontainer& context, int port) {
-  const std::lock_guard<std::mutex> guard(mutex);
   std::printf("Subscribed; the server sends to http://%s:%d/test. Ctrl-C ends it.\n",
               context.localIP.c_str(), port);
 }
@@ -183,12 +182,13 @@ bool unsubscribe(CIMcontainer& context) {
 bool watch(CIMcontainer& context, int port) {
   if (!can_be_asked(context)) return false;
   keep_signals();
+  // The first indication may come before subscribe returns; it is printed behind the announcement.
+  std::unique_lock<std::mutex> output(mutex);
   if (!subscribe(context, port)) return false;
   const bool listens = is_listening(*context.listener);
-  if (listens) {
-    announce(context, port);
-    wait_for_end();
-  }
+  if (listens) announce(context, port);
+  output.unlock();
+  if (listens) wait_for_end();
   return unsubscribe(context) && listens;
 }
 
