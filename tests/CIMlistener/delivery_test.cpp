@@ -50,7 +50,7 @@ TEST(Delivery, ARequestIsAnsweredAndItsTextHandedToTheCallback) {
   EXPECT_THAT(received.wait_for(1), ElementsAre(body));
 }
 
-// Each piece is sent only when the one before has been received.
+// Each piece is sent only when the one before has been received and the next one is waited for.
 TEST(Delivery, ABodyInPiecesIsPutTogether) {
   Received received;
   SocketFaults faults;
@@ -59,19 +59,25 @@ TEST(Delivery, ABodyInPiecesIsPutTogether) {
               receives.fetch_add(1);
               return Outcome::as_usual();
             }));
+  std::atomic<int> waits = 0;
+  faults.on(Call::poll, only_with(30000, [&](const CallDetails&) {
+              waits.fetch_add(1);
+              return Outcome::as_usual();
+            }));
   const RunningListener running;
   const std::size_t head = request.size() - body.size();
   const Descriptor socket = running.connect();
   int pieces = 0;
   for (std::size_t begin = 0, end = head; begin < request.size(); begin = end, end += 29) {
-    send_all(socket, request.substr(begin, std::min(end, request.size()) - begin));
-    ++pieces;
-    EXPECT_TRUE(comes_true([&] { return receives.load() >= pieces; }));
+    EXPECT_TRUE(comes_true([&] { return waits.load() >= pieces; }));
     end = std::min(end, request.size());
+    send_all(socket, request.substr(begin, end - begin));
+    ++pieces;
   }
   EXPECT_EQ(receive_all(socket), answer);
   EXPECT_THAT(received.wait_for(1), ElementsAre(body));
   EXPECT_EQ(receives.load(), pieces);
+  EXPECT_EQ(waits.load(), pieces - 1);
 }
 
 TEST(Delivery, ASenderThatResetsItsConnectionDoesNotStopTheListener) {

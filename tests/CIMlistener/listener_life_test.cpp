@@ -406,22 +406,24 @@ TEST(ListenerLife, AReaderThatCannotBeStartedDoesNotStopIt) {
   EXPECT_EQ(received.wait_for(1).size(), 1U);
 }
 
-// Until the port is open a second start is not refused; its thread finds the port taken.
+// Until the port is open a second start is not refused; its thread finds the port taken. Of two
+// that listen at the very same moment the system may refuse both, so one comes first.
 TEST(ListenerLife, StartingTwiceAtOnceLeavesItListening) {
   Received received;
   const ThreadWatch threads;
+  CIMindication listener;
+  listener.pCallBack = &Received::take;
+  listener.port = unused_port("0.0.0.0");
   SocketFaults faults;
   std::promise<void> both_started;
-  std::atomic<int> listening = 0;
+  std::atomic<int> calls = 0;
   faults.on(Call::listen, [&, gate = both_started.get_future().share()](const CallDetails&) {
     gate.wait();
-    listening.fetch_add(1);
+    EXPECT_TRUE(calls.fetch_add(1) == 0 ||
+                comes_true([&] { return listener.check_Listener() == 0; }));
     return Outcome::as_usual();
   });
   const TraceRecorder recorder;
-  CIMindication listener;
-  listener.pCallBack = &Received::take;
-  listener.port = unused_port("127.0.0.1");
   EXPECT_EQ(listener.start_Listener(), 0);
   EXPECT_EQ(listener.start_Listener(), 0);
   both_started.set_value();

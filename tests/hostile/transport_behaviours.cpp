@@ -110,7 +110,7 @@ std::vector<AnswerBehaviour> transport_behaviours() {
          return answer_with(http_answer(good_document, "HTTP/1.1 200 OK", lines));
        }},
       broken("a closed connection at once", {52, 55, 56}, no_connection, {script::Close{}}),
-      broken("a reset at once", {52, 55, 56}, no_connection, {script::Reset{}}),
+      broken("a reset at once", {7, 52, 55, 56}, no_connection, {script::Reset{}}),
       broken("a closed connection instead of an answer", {52}, no_connection,
              {script::ReadRequest{}, script::Close{}}),
       broken("a reset instead of an answer", {56}, 0, {script::ReadRequest{}, script::Reset{}}),
