@@ -242,9 +242,8 @@ TEST_F(Release, SucceedsWhenTheServerRefusesToDelete) {
 
 TEST_F(Release, SucceedsWhenTheServerIsDead) {
   const RecordingClock clock;
-  const std::string port = std::to_string(unused_port());
-  CIMcontainer* const context = make_subscribed("127.0.0.2", port);
-  make_subscribed("127.0.0.2", port);
+  CIMcontainer* const context = make_subscribed("127.0.0.2", dead_port);
+  make_subscribed("127.0.0.2", dead_port);
   eraseContainers(*context);
   EXPECT_EQ(getContainerSize(), 1);
   EXPECT_EQ(clearContainers(), 0);

@@ -138,7 +138,7 @@ TEST_F(ExtrinsicResult, AStatusOfTheCallBeforeIsForgotten) {
 
 TEST_F(ExtrinsicResult, ARefusingServerIsTriedElevenTimes) {
   server_ = nullptr;
-  context_ = std::make_unique<ServerContext>("127.0.0.2", std::to_string(unused_port("127.0.0.2")));
+  context_ = std::make_unique<ServerContext>("127.0.0.2", dead_port);
   EXPECT_EQ(call(), 7);
   EXPECT_EQ(context_->ChkCimStatus(), 7);
   EXPECT_EQ(clock_.pauses(), std::vector<unsigned>(10, 2000));
@@ -153,7 +153,7 @@ TEST_F(ExtrinsicResult, ARefusingServerIsTriedElevenTimes) {
 
 TEST_F(ExtrinsicResult, ANegativeExtraTimeOutRulesRetriesOut) {
   server_ = nullptr;
-  context_ = std::make_unique<ServerContext>("127.0.0.2", std::to_string(unused_port("127.0.0.2")));
+  context_ = std::make_unique<ServerContext>("127.0.0.2", dead_port);
   without_retries();
   EXPECT_EQ(call(), 7);
   EXPECT_TRUE(clock_.pauses().empty());

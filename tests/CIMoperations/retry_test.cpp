@@ -74,8 +74,7 @@ TEST(Retries, AreNotMadeAfterAResetMidway) {
 TEST(Retries, TakeANewHandleEachTime) {
   const RecordingClock clock;
   const TraceRecorder recorder;
-  const std::string address = "127.0.0.2";
-  ServerContext context(address, std::to_string(unused_port(address)));
+  ServerContext context("127.0.0.2", dead_port);
   EXPECT_EQ(context.Imethod_EnumerateInstanceNames(), nullptr);
   const std::string source = "Src/CIMconnection";
   EXPECT_EQ(recorder.count(trace_level::detail, source,

@@ -86,7 +86,7 @@ TEST(Sending, NamesMethodAndNamespaceInTheHttpHeader) {
 TEST(Sending, TriesARefusingServerElevenTimesTwoSecondsApart) {
   const RecordingClock clock;
   const TraceRecorder recorder;
-  ServerContext context(address, std::to_string(unused_port(address)));
+  ServerContext context(address, dead_port);
   EXPECT_EQ(send_anything(context), 7);
   EXPECT_EQ(context.ChkCimStatus(), 7);
   EXPECT_EQ(clock.pauses(), std::vector<unsigned>(10, 2000));
@@ -105,7 +105,7 @@ TEST(Sending, TriesARefusingServerElevenTimesTwoSecondsApart) {
 TEST(Sending, NegativeExtraTimeOutRulesRetriesOut) {
   const RecordingClock clock;
   const TraceRecorder recorder;
-  ServerContext context(address, std::to_string(unused_port(address)));
+  ServerContext context(address, dead_port);
   context.SetExtraTimeOut(-1);
   EXPECT_EQ(send_anything(context), 7);
   EXPECT_TRUE(clock.pauses().empty());
@@ -115,7 +115,7 @@ TEST(Sending, NegativeExtraTimeOutRulesRetriesOut) {
 
 TEST(Sending, PositiveExtraTimeOutAllowsRetries) {
   const RecordingClock clock;
-  ServerContext context(address, std::to_string(unused_port(address)));
+  ServerContext context(address, dead_port);
   context.SetExtraTimeOut(1);
   EXPECT_EQ(send_anything(context), 7);
   EXPECT_EQ(clock.pauses().size(), 10U);
@@ -277,7 +277,7 @@ TEST(Sending, NeedsAMethod) {
 TEST(Sending, CarriesTheNameOfTheOperationInItsTraces) {
   const RecordingClock clock;
   const TraceRecorder recorder;
-  ServerContext context(address, std::to_string(unused_port(address)));
+  ServerContext context(address, dead_port);
   context.beginIntrinsicMethod(imethod::GetClass);
   EXPECT_EQ(send_request(context, "anyOperation"), 7);
   EXPECT_EQ(retry_traces(recorder).at(0), "[127.0.0.2] anyOperation: ret=7 info=0x400 loop=10");

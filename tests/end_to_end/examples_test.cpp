@@ -64,7 +64,7 @@ TEST_F(Examples, NamespacesPrintsBoth) {
 
 TEST_F(Examples, ADeadServerIsReported) {
   const ProgramResult result = run_program(
-      {std::string(ZUCIM_EXAMPLES) + "/show_failure", "127.0.0.43", "9", "root", "secret"});
+      {std::string(ZUCIM_EXAMPLES) + "/show_failure", "127.0.0.43", dead_port, "root", "secret"});
   EXPECT_EQ(result.exit_status, 1);
   EXPECT_THAT(result.out + result.err, HasSubstr("7"));
 }
@@ -139,8 +139,8 @@ TEST_F(WatchIndications, TellsOfARefusedPassword) {
 }
 
 TEST_F(WatchIndications, TellsOfADeadServer) {
-  const ProgramResult result = run_program(
-      {std::string(ZUCIM_EXAMPLES) + "/watch_indications", "127.0.0.43", "9", "root", "secret"});
+  const ProgramResult result = run_program({std::string(ZUCIM_EXAMPLES) + "/watch_indications",
+                                            "127.0.0.43", dead_port, "root", "secret"});
   EXPECT_EQ(result.exit_status, 1);
   EXPECT_THAT(result.err, HasSubstr("There is no connection to the server.\n"));
 }

@@ -126,7 +126,7 @@ TEST_F(Listing, WithARefusedPasswordSaysSo) {
 }
 
 TEST_F(Listing, OfADeadServerSaysSo) {
-  CIMcontainer& context = *admitted_context(std::to_string(unused_port(address)), "secret");
+  CIMcontainer& context = *admitted_context(dead_port, "secret");
   context.SetExtraTimeOut(-1);
   context.setCurrentClass("CIM_NumericSensor", "");
   EXPECT_EQ(context.Imethod_EnumerateInstanceNames(), nullptr);

@@ -114,7 +114,7 @@ TEST(Secrets, GoOverTheWireAllTheSame) {
 }
 
 TEST(Secrets, DoNotShowWhenNobodyListens) {
-  WireClient client("127.0.0.2", std::to_string(unused_port()));
+  WireClient client("127.0.0.2", dead_port);
   Listening listening;
   EXPECT_EQ(client.exchange(), 7);
   listening.expect_trace("ErrCode:7");

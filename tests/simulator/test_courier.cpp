@@ -174,7 +174,7 @@ TEST_F(CourierTest, GivesUpAfterTheLastAttemptAndGoesOnWithTheNext) {
 
 TEST_F(CourierTest, CountsWhatBecomesOfTheIndicationsForEachDestination) {
   const ScriptedServer good(Scripts{{{script::Reset{}}, accepting()}, true});
-  const std::string dead = "http://127.0.0.2:" + std::to_string(unused_port()) + "/test";
+  const std::string dead = std::string("http://127.0.0.2:") + dead_port + "/test";
   Courier courier(report, rules());
   post(courier, url_of(good), 1);
   post(courier, dead, 2);
@@ -218,7 +218,7 @@ TEST_F(CourierTest, AListenerThatIsTooSlowCountsAsFailed) {
 
 TEST_F(CourierTest, StopsAtOnceWhateverItIsDoing) {
   const ScriptedServer hanging({script::ReadRequest{}, script::WaitForPeerClose{}});
-  const std::string dead = "http://127.0.0.2:" + std::to_string(unused_port()) + "/test";
+  const std::string dead = std::string("http://127.0.0.2:") + dead_port + "/test";
   Courier courier(report, {3, never, 100, {never, never}});
   post(courier, url_of(hanging), 1);
   post(courier, url_of(hanging), 2);
@@ -232,7 +232,7 @@ TEST_F(CourierTest, StopsAtOnceWhateverItIsDoing) {
 }
 
 TEST_F(CourierTest, DropsWhatWaitsForASubscriptionThatIsGone) {
-  const std::string dead = "http://127.0.0.2:" + std::to_string(unused_port()) + "/test";
+  const std::string dead = std::string("http://127.0.0.2:") + dead_port + "/test";
   Courier courier(report, {3, never, 100, {}});
   post(courier, dead, 1);
   post(courier, dead, 2);

@@ -212,7 +212,7 @@ TEST_F(Indications, AreTriedAgainUntilTheyAreTaken) {
 
 TEST_F(Indications, ToADeadDestinationAreGivenUpAndHoldUpNobody) {
   const ScriptedServer listener(accepting());
-  const std::string dead = "http://127.0.0.2:" + std::to_string(unused_port()) + "/test";
+  const std::string dead = std::string("http://127.0.0.2:") + dead_port + "/test";
   Subscriber other(simulator.url(), "other");
   other.subscribe(dead);
   subscriber.subscribe(url_of(listener));

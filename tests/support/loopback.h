@@ -52,7 +52,11 @@ Descriptor connect_to(const std::string& address, std::uint16_t port);
 // The port that a socket is bound to.
 std::uint16_t local_port(const Descriptor& socket);
 
-// A port of `address` on which nothing listens.
+// A port on which nothing listens, at any address, and which no other test is given either.
+inline constexpr const char* dead_port = "9";
+
+// A port of `address` on which nothing listens. Another process may be given it at any time, so it
+// is one to listen on, and not for a server that is to be dead.
 std::uint16_t unused_port(const std::string& address = "127.0.0.2");
 
 // Sends all bytes through a blocking socket. Throws std::system_error.

@@ -29,7 +29,7 @@ constexpr const char* source = "Src/CIMconnection";
 constexpr const char* no_connection = "[127.0.0.2] info = 0x400 (NO_Connect)";
 
 TEST(BrokenTransfer, ToAPortWhereNobodyListens) {
-  WireClient client("127.0.0.2", std::to_string(unused_port()));
+  WireClient client("127.0.0.2", dead_port);
   TraceRecorder traces(warning);
   EXPECT_EQ(client.exchange(), 7);
   EXPECT_EQ(client.infoFlags, 0x400U);
@@ -56,7 +56,7 @@ TEST(BrokenTransfer, WithAPortThatIsNone) {
     EXPECT_EQ(client.exchange(), 3) << port;
   }
   // What follows the number belongs to the path.
-  WireClient client("127.0.0.2", std::to_string(unused_port()) + "/x?");
+  WireClient client("127.0.0.2", std::string(dead_port) + "/x?");
   EXPECT_EQ(client.exchange(), 7);
 }
 
