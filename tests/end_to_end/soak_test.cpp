@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <barrier>
 #include <chrono>
@@ -124,7 +123,9 @@ class Soak : public RegistryTest {
     context.createdAt += worker * 1000000;
     context.ESXi_Occupied(true);
     list_something(context);
-    EXPECT_EQ(subscribe(context, ports_[worker]), 0);
+    EXPECT_EQ(subscribe(context, unused_port("0.0.0.0")), 0);
+    ASSERT_NE(context.listener, nullptr);
+    EXPECT_TRUE(comes_true([&] { return context.listener->check_Listener() == 0; }));
     EXPECT_TRUE(wait_for_an_indication());
     EXPECT_EQ(found(index).unsubscribe(), 0);
     context.ESXi_Occupied(false);
@@ -147,8 +148,6 @@ class Soak : public RegistryTest {
   SimulatorProcess simulator_{{"--address", "0.0.0.0", "--indications", "100/s"}};
   ManyNames names_;
   const Clock::time_point end_ = Clock::now() + soak_time();
-  const std::array<int, worker_count> ports_{unused_port("0.0.0.0"), unused_port("0.0.0.0"),
-                                             unused_port("0.0.0.0")};
   std::uint32_t shared_ = 0;
   unsigned rounds_ = 0;
   bool is_over_ = false;
