@@ -66,7 +66,7 @@ TEST_F(Examples, ADeadServerIsReported) {
   const ProgramResult result = run_program(
       {std::string(ZUCIM_EXAMPLES) + "/show_failure", "127.0.0.43", dead_port, "root", "secret"});
   EXPECT_EQ(result.exit_status, 1);
-  EXPECT_THAT(result.out + result.err, HasSubstr("7"));
+  EXPECT_THAT(result.out + result.err, HasSubstr("ErrCode:7 "));
 }
 
 class WatchIndications : public RegistryTest {
@@ -126,7 +126,7 @@ TEST_F(WatchIndications, UnsubscribesWhenASignalEndsIt) {
 
 TEST_F(WatchIndications, UnsubscribesWhenNobodyReadsAnyMore) {
   std::string line;
-  for (const std::string& word : command()) line += word + " ";
+  for (const std::string& word : command()) line += "'" + word + "' ";
   const ProgramResult result = run_program({"sh", "-c", line + "| head -n 1"});
   EXPECT_THAT(result.out, StartsWith("Subscribed; "));
   EXPECT_EQ(on_server(), 0U);
