@@ -12,18 +12,15 @@ std::uint32_t system_seconds() {
 }
 
 // The end is an absolute time: however many signals interrupt the sleep, they neither shorten nor
-// lengthen it.
+// lengthen it. The steady clock is the monotonic one of the system.
 void system_sleep(unsigned milliseconds) {
-  constexpr long nanoseconds_of_second = 1000000000L;
-  timespec end{};
-  clock_gettime(CLOCK_MONOTONIC, &end);
-  end.tv_sec += static_cast<std::time_t>(milliseconds / 1000);
-  end.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000L;
-  if (end.tv_nsec >= nanoseconds_of_second) {
-    end.tv_nsec -= nanoseconds_of_second;
-    ++end.tv_sec;
-  }
-  while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
+  using namespace std::chrono;
+  const auto end = steady_clock::now().time_since_epoch() + std::chrono::milliseconds(milliseconds);
+  const auto whole = floor<seconds>(end);
+  timespec time{};
+  time.tv_sec = static_cast<std::time_t>(whole.count());
+  time.tv_nsec = static_cast<long>(nanoseconds(end - whole).count());
+  while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr) == EINTR) {
   }
 }
 
