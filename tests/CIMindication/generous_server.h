@@ -13,7 +13,7 @@ inline std::string generous_answer(const std::string& request) {
   for (const std::string& class_name : class_names)
     if (request.find("<INSTANCE CLASSNAME=\"" + class_name) != std::string::npos)
       answer = return_value(name_in(class_name));
-  return http_answer(answer, "HTTP/1.1 200 OK", "Connection: close\r\n");
+  return last_http_answer(answer);
 }
 
 // Answers every connection so.

@@ -130,10 +130,8 @@ TEST(OperationMemory, IsShortWhileARequestIsWritten) {
 TEST(OperationMemory, IsShortDuringAWholeExchange) {
   const TraceRecorder recorder(0);
   for (const Operation& operation : operations) {
-    ScriptedServer server(Scripts{
-        {{script::ReadRequest{},
-          script::Send{http_answer(operation.answer, "HTTP/1.1 200 OK", "Connection: close\r\n")}}},
-        true});
+    ScriptedServer server(
+        Scripts{{{script::ReadRequest{}, script::Send{last_http_answer(operation.answer)}}}, true});
     for_each_failing_allocation(
         [&](AllocationFailure& failure) {
           Arguments arguments;

@@ -34,8 +34,7 @@ class OperationTest : public testing::Test {
   }
 
   static script::Steps answering(const std::string& answer) {
-    return {script::ReadRequest{},
-            script::Send{http_answer(answer, "HTTP/1.1 200 OK", "Connection: close\r\n")}};
+    return {script::ReadRequest{}, script::Send{last_http_answer(answer)}};
   }
 
   // Keeps the next operation from trying again what fails.

@@ -9,6 +9,11 @@
 std::string http_answer(const std::string& body, const std::string& status_line = "HTTP/1.1 200 OK",
                         const std::string& extra_headers = "");
 
+// The same, and the server closes the connection behind it.
+inline std::string last_http_answer(const std::string& body) {
+  return http_answer(body, "HTTP/1.1 200 OK", "Connection: close\r\n");
+}
+
 // An answer whose Content-Length says `claimed_length`, whatever the body's length is.
 std::string http_answer_claiming(std::size_t claimed_length, const std::string& body,
                                  const std::string& status_line = "HTTP/1.1 200 OK",
