@@ -131,22 +131,10 @@ TEST_F(SubscriptionMemory, MakesAClassCountAsMissing) {
   EXPECT_EQ(recorder.texts(), Summaries{"subscribe_check: Exception raised: std::bad_alloc"});
 }
 
-// A subscribed context of the server, registered.
-CIMcontainer* register_context(const ScriptedServer& server) {
-  const std::string port = server.port_text();
-  const _THR_SERVER_ record{server.address().c_str(), "user", "secret", port.c_str(), "", "", ""};
-  const std::uint32_t index = makeContainer(&record, 0);
-  CIMcontainer* const context = getContainer(static_cast<unsigned>(getCIM(index)));
-  context->skipIpCheck = true;
-  context->ESXi_Occupied(true);
-  give_listener(*context);
-  return context;
-}
-
 TEST_F(SubscriptionMemory, IsShortWhileContextsAreReleased) {
   for_each_failure([this](CIMcontainer&, AllocationFailure& failure) {
-    CIMcontainer* const first = register_context(server_);
-    register_context(server_);
+    CIMcontainer* const first = make_subscribed(server_.address(), server_.port_text());
+    make_subscribed(server_.address(), server_.port_text());
     failure.arm();
     eraseContainers(*first);
     EXPECT_EQ(getContainerSize(), 1);

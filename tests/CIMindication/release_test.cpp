@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <cstdlib>
 #include <system_error>
 #include <utility>
@@ -10,6 +7,7 @@
 #include "CIMconnection/sample_server.h"
 #include "CIMindication/generous_server.h"
 #include "CIMindication/subscription_test.h"
+#include "CIMlistener/running_listener.h"
 #include "CIMoperations/recording_clock.h"
 #include "support/registry_cleaner.h"
 
@@ -27,17 +25,6 @@ class Release : public RegistryTest {
     const std::uint32_t first = makeContainer(&server, 0);
     for (unsigned made = 1; made < count; ++made) makeContainer(&server, 0);
     return first;
-  }
-
-  // Makes a context of a server on this machine; subscribed and busy.
-  static CIMcontainer* make_subscribed(const std::string& address, const std::string& port) {
-    const _THR_SERVER_ server{address.c_str(), "user", "secret", port.c_str(), "", "", ""};
-    CIMcontainer* const context = make_context(server);
-    context->skipIpCheck = true;
-    context->localIP = "10.1.2.3";
-    context->ESXi_Occupied(true);
-    give_listener(*context);
-    return context;
   }
 };
 
@@ -264,20 +251,12 @@ void expect_to_be_closed(std::uint16_t port) {
   EXPECT_TRUE(comes_true([port] { return is_closed(port); }));
 }
 
-std::uint16_t port_of_listener(const CIMcontainer& context) {
-  sockaddr_in address{};
-  socklen_t size = sizeof address;
-  const int socket = std::atomic_ref<int>(context.listener->listenSocket).load();
-  EXPECT_EQ(getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size), 0);
-  return ntohs(address.sin_port);
-}
-
 TEST(SubscribedContext, StopsItsListenerWhenItIsDestroyed) {
   std::uint16_t port = 0;
   {
     CIMcontainer context;
     give_listener(context);
-    port = port_of_listener(context);
+    port = port_of(*context.listener);
   }
   expect_to_be_closed(port);
 }
@@ -285,7 +264,7 @@ TEST(SubscribedContext, StopsItsListenerWhenItIsDestroyed) {
 TEST(SubscribedContext, StopsItsListenerWhenItIsAssignedTo) {
   CIMcontainer context;
   give_listener(context);
-  const std::uint16_t port = port_of_listener(context);
+  const std::uint16_t port = port_of(*context.listener);
   CIMcontainer other;
   give_listener(other);
   context = other;

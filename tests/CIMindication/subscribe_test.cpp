@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <cerrno>
 
 #include "CIMindication/subscription_test.h"
@@ -9,7 +7,6 @@
 namespace {
 
 using namespace zuCIM;
-using testing::Each;
 
 class Subscribe : public SubscriptionTest {};
 
@@ -76,15 +73,15 @@ TEST_F(Subscribe, CountsAsReceivingWhileItSends) {
   std::vector<int> counts;
   const auto answer = [&counts](const std::string& body) {
     return script::Steps{script::ReadRequest{}, script::SendMadeFromRequest{[&, body](auto&) {
-                           counts.push_back(listener_count());
-                           return http_answer(body, "HTTP/1.1 200 OK", "Connection: close\r\n");
+                           counts.push_back(active_readers());
+                           return last_http_answer(body);
                          }}};
   };
   serve_scripts({{answer(filter_made), answer(handler_made), answer(subscription_made)}});
-  const int before = listener_count();
+  const int before = active_readers();
   EXPECT_EQ(subscribe(), 0);
   EXPECT_EQ(counts, std::vector<int>(3, before + 1));
-  EXPECT_EQ(listener_count(), before);
+  EXPECT_EQ(active_readers(), before);
 }
 
 TEST_F(Subscribe, FindsPropertiesInAnyCase) {
@@ -179,7 +176,7 @@ TEST_F(Subscribe, RefusesEmptyLists) {
 void expect_unsubscribed(const ServerContext& context, const TraceRecorder& recorder) {
   EXPECT_EQ(context.listener, nullptr);
   EXPECT_EQ(context.cimStatus, 0);
-  EXPECT_EQ(listener_count(), 0);
+  EXPECT_EQ(active_readers(), 0);
   EXPECT_EQ(recorder.count(trace_level::error, indication_traces, 123,
                            "subscribe: cannot subscribe Indication!"),
             1);
@@ -238,7 +235,7 @@ TEST_F(Subscribe, LeavesTheContextSubscribedWhenTheCleanUpFailsToo) {
   EXPECT_EQ(subscribe(), 1001);
   EXPECT_TRUE(is_subscribed());
   EXPECT_EQ(context_->ChkCimStatus(), 1);
-  EXPECT_EQ(listener_count(), 0);
+  EXPECT_EQ(active_readers(), 0);
 }
 
 TEST_F(Subscribe, IsRefusedByAContextThatIsNotBusy) {

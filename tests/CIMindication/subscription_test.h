@@ -9,6 +9,7 @@
 
 #include "CIMindication/interop_answers.h"
 #include "CIMindication/property_lists.h"
+#include "CIMlistener/thread_watch.h"
 #include "support/comes_true.h"
 #include "support/http_answer.h"
 #include "support/loopback.h"
@@ -18,13 +19,8 @@
 
 inline constexpr const char* indication_traces = "Src/CIMindication";
 
-inline int listener_count() {
-  return std::atomic_ref<int>(zuCIM::ListenerThreadIsActive).load();
-}
-
 inline script::Steps answering(const std::string& answer) {
-  return {script::ReadRequest{},
-          script::Send{http_answer(answer, "HTTP/1.1 200 OK", "Connection: close\r\n")}};
+  return {script::ReadRequest{}, script::Send{last_http_answer(answer)}};
 }
 
 // Waits until the thread of a listener that was started listens, or has ended without.
@@ -41,6 +37,18 @@ inline void give_listener(zuCIM::CIMcontainer& context) {
   context.listener->port = 0;
   ASSERT_EQ(context.listener->start_Listener(), 0);
   wait_until_settled(*context.listener);
+}
+
+// Registers a context of this server; it is subscribed and busy.
+inline zuCIM::CIMcontainer* make_subscribed(const std::string& address, const std::string& port) {
+  const zuCIM::_THR_SERVER_ server{address.c_str(), "user", "secret", port.c_str(), "", "", ""};
+  const std::uint32_t index = zuCIM::makeContainer(&server, 0);
+  auto* const context = zuCIM::getContainer(static_cast<unsigned>(zuCIM::getCIM(index)));
+  context->skipIpCheck = true;
+  context->localIP = "10.1.2.3";
+  context->ESXi_Occupied(true);
+  give_listener(*context);
+  return context;
 }
 
 // A context with a known owner name and a server that gives the answers one after the other. The

@@ -36,7 +36,7 @@ TEST_F(Unsubscribe, DeletesItsThreeInstancesAndEndsTheListener) {
                        delete_filter, list_filters, list_handlers, delete_handler, list_handlers}));
   EXPECT_EQ(context_->ChkCimStatus(), 0);
   EXPECT_FALSE(is_subscribed());
-  EXPECT_EQ(listener_count(), 0);
+  EXPECT_EQ(active_readers(), 0);
   EXPECT_EQ(recorder_.count(trace_level::warning, "Src/CIMlistener", 428,
                             "stop_Listener: Listener-Thread stopped."),
             1);
