@@ -49,6 +49,12 @@ class Received {
     return texts_;
   }
 
+  // Forgets what has come so far.
+  void clear() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    texts_.clear();
+  }
+
  private:
   // Late readers may be looking.
   static void make_current(Received* received) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "end_to_end/admitted_context.h"
+#include "end_to_end/alert_subscription.h"
 #include "support/comes_true.h"
 #include "support/loopback.h"
 
@@ -23,7 +24,6 @@ using Clock = std::chrono::steady_clock;
 constexpr unsigned worker_count = 3;
 // The host that the shared context stands for; the workers' own come before it.
 constexpr unsigned shared_host = worker_count;
-constexpr _properties_ last_property{nullptr, 0, 0, nullptr, nullptr};
 
 std::atomic<unsigned> received = 0;
 
@@ -54,24 +54,6 @@ class ManyNames {
  private:
   HostsTable hosts_;
 };
-
-_properties_ property(const char* name, const char* value) {
-  return {name, type::string, 1, value, nullptr};
-}
-
-int subscribe(CIMcontainer& context, int port) {
-  _properties_ filter[] = {property(PROP_SYSTEMNAME, nullptr),
-                           property(PROP_CREATIONCLASSNAME, nullptr),
-                           property(PROP_NAME, "filter"),
-                           property(PROP_SOURCENAMESPACE, "root/cimv2"),
-                           property(PROP_QUERY, "select * from CIM_AlertIndication"),
-                           property(PROP_QUERYLANGUAGE, "WQL"),
-                           last_property};
-  _properties_ handler[] = {
-      property(PROP_SYSTEMNAME, nullptr), property(PROP_CREATIONCLASSNAME, nullptr),
-      property(PROP_NAME, "handler"), property(PROP_DESTINATION, nullptr), last_property};
-  return context.subscribe(&take, port, filter, handler);
-}
 
 // False when none comes within a minute.
 bool wait_for_an_indication() {
@@ -123,7 +105,7 @@ class Soak : public RegistryTest {
     context.createdAt += worker * 1000000;
     context.ESXi_Occupied(true);
     list_something(context);
-    EXPECT_EQ(subscribe(context, unused_port("0.0.0.0")), 0);
+    EXPECT_EQ(subscribe_to_alerts(context, &take, unused_port("0.0.0.0")), 0);
     ASSERT_NE(context.listener, nullptr);
     EXPECT_TRUE(comes_true([&] { return context.listener->check_Listener() == 0; }));
     EXPECT_TRUE(wait_for_an_indication());

@@ -1,20 +1,18 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
+#include <future>
 #include <iterator>
 #include <latch>
-#include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
+#include "CIMlistener/received.h"
 #include "CIMoperations/recording_clock.h"
 #include "end_to_end/admitted_context.h"
+#include "end_to_end/alert_subscription.h"
 #include "end_to_end/interop_count.h"
 #include "support/comes_true.h"
 #include "support/failing_allocator.h"
@@ -25,37 +23,6 @@
 namespace {
 
 using namespace zuCIM;
-
-// What the callback received, and what it does beside that.
-std::mutex mutex;
-std::condition_variable changed;
-std::vector<std::string> received;
-std::function<void()> action;
-
-int take(std::string& text) {
-  std::function<void()> to_do;
-  {
-    const std::lock_guard<std::mutex> guard(mutex);
-    to_do = action;
-  }
-  if (to_do) to_do();
-  const std::lock_guard<std::mutex> guard(mutex);
-  received.push_back(std::move(text));
-  changed.notify_all();
-  return 0;
-}
-
-std::vector<std::string> wait_for_indications(std::size_t count) {
-  std::unique_lock<std::mutex> guard(mutex);
-  changed.wait_for(guard, std::chrono::minutes(1), [&] { return received.size() >= count; });
-  return received;
-}
-
-_properties_ property(const char* name, const char* value) {
-  return {name, type::string, 1, value, nullptr};
-}
-
-constexpr _properties_ last_property{nullptr, 0, 0, nullptr, nullptr};
 
 std::size_t entries_of(const char* folder) {
   return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
@@ -71,31 +38,8 @@ std::size_t descriptor_count() {
 
 class Subscription : public RegistryTest {
  protected:
-  Subscription() { forget(); }
-  ~Subscription() override { forget(); }
-
-  static void forget() {
-    const std::lock_guard<std::mutex> guard(mutex);
-    received.clear();
-    action = nullptr;
-  }
-
   int subscribe() {
-    _properties_ filter[] = {property(PROP_SYSCREATIONCLASSNAME, "CIM_ComputerSystem"),
-                             property(PROP_SYSTEMNAME, nullptr),
-                             property(PROP_CREATIONCLASSNAME, nullptr),
-                             property(PROP_NAME, "filter"),
-                             property(PROP_SOURCENAMESPACE, "root/cimv2"),
-                             property(PROP_QUERY, "select * from CIM_AlertIndication"),
-                             property(PROP_QUERYLANGUAGE, "WQL"),
-                             last_property};
-    _properties_ handler[] = {property(PROP_SYSCREATIONCLASSNAME, "CIM_ComputerSystem"),
-                              property(PROP_SYSTEMNAME, nullptr),
-                              property(PROP_CREATIONCLASSNAME, nullptr),
-                              property(PROP_NAME, "handler"),
-                              property(PROP_DESTINATION, nullptr),
-                              last_property};
-    const int outcome = context_->subscribe(&take, port_, filter, handler);
+    const int outcome = subscribe_to_alerts(*context_, &Received::take, port_);
     const auto is_listening = [this] { return context_->listener->check_Listener() == 0; };
     EXPECT_TRUE(outcome != 0 || comes_true(is_listening));
     return outcome;
@@ -117,17 +61,18 @@ class Subscription : public RegistryTest {
   SmallNetwork network_{simulator_.address()};
   CIMcontainer* context_ = admitted_context(std::to_string(simulator_.port()), "secret");
   const int port_ = unused_port("0.0.0.0");
+  Received received_;
 };
 
 TEST_F(Subscription, BringsIndications) {
   ASSERT_EQ(subscribe(), 0);
   EXPECT_EQ(context_->subscribe_check(), 0U);
   send(3);
-  for (const std::string& text : wait_for_indications(3)) {
+  for (const std::string& text : received_.wait_for(3)) {
     EXPECT_EQ(text.find("<?xml"), 0U);
     EXPECT_NE(text.find("CIM_AlertIndication"), std::string::npos);
   }
-  EXPECT_EQ(wait_for_indications(3).size(), 3U);
+  EXPECT_EQ(received_.texts().size(), 3U);
   EXPECT_EQ(context_->unsubscribe(), 0);
   EXPECT_EQ(context_->subscribe_check(), 0x1111U);
   EXPECT_EQ(instance_count(), 0U);
@@ -137,18 +82,15 @@ TEST_F(Subscription, EndsFromWithinTheCallback) {
   ASSERT_EQ(subscribe(), 0);
   // The server sends before it answers, and the context has one thread at a time.
   std::latch answered(1);
-  int outcome = -1;
-  {
-    const std::lock_guard<std::mutex> guard(mutex);
-    action = [&] {
-      answered.wait();
-      outcome = context_->unsubscribe();
-    };
-  }
+  std::promise<int> outcome;
+  received_.on_each([&](const std::string&) {
+    answered.wait();
+    outcome.set_value(context_->unsubscribe());
+  });
   send(1);
   answered.count_down();
-  ASSERT_EQ(wait_for_indications(1).size(), 1U);
-  EXPECT_EQ(outcome, 0);
+  ASSERT_EQ(received_.wait_for(1).size(), 1U);
+  EXPECT_EQ(outcome.get_future().get(), 0);
   EXPECT_EQ(context_->listener, nullptr);
 }
 
@@ -191,9 +133,9 @@ TEST_F(Subscription, LeavesNothingAfterManyCycles) {
   const auto cycle = [this] {
     ASSERT_EQ(subscribe(), 0);
     send(1);
-    EXPECT_EQ(wait_for_indications(1).size(), 1U);
+    EXPECT_EQ(received_.wait_for(1).size(), 1U);
     EXPECT_EQ(context_->unsubscribe(), 0);
-    forget();
+    received_.clear();
   };
   const auto is_quiet = [threads] { return thread_count() <= threads; };
   // What is made once, and stays, is made now.
