@@ -10,6 +10,7 @@
 
 #include "CIMlistener/running_listener.h"
 #include "CIMlistener/socket_faults.h"
+#include "support/channel.h"
 #include "support/failing_allocator.h"
 
 // Whole deliveries over TCP.
@@ -85,9 +86,8 @@ TEST(Delivery, ASenderThatResetsItsConnectionDoesNotStopTheListener) {
   const RunningListener running;
   for (const std::string& sent :
        {std::string(), request.substr(0, 50), request.substr(0, request.size() - 1), request}) {
-    const Descriptor socket = running.connect_and_send(sent);
-    const linger at_once{1, 0};
-    ::setsockopt(socket.number(), SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+    Descriptor socket = running.connect_and_send(sent);
+    reset_socket(socket);
   }
   EXPECT_EQ(running.ask(export_request("7")), export_answer("7", "000000233"));
   EXPECT_TRUE(comes_true(

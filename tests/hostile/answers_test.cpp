@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "hostile/behaviour.h"
 #include "hostile/gated_clock.h"
 #include "hostile/memory_growth.h"

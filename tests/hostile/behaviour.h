@@ -81,6 +81,14 @@ std::vector<TlsBehaviour> tls_behaviours();
 std::vector<OperationBehaviour> operation_behaviours();
 std::vector<SenderBehaviour> sender_behaviours();
 
+// The text so many times.
+inline std::string repeated(std::size_t times, const std::string& text) {
+  std::string result;
+  result.reserve(times * text.size());
+  while (times-- > 0) result += text;
+  return result;
+}
+
 // The name as an identifier, for the name of a test.
 inline std::string identifier(const std::string& name) {
   std::string result;

@@ -11,13 +11,6 @@ constexpr std::size_t million = MemoryGrowth::under_sanitizer ? 50000 : 1000000;
 const std::string opening = "<?xml version=\"1.0\"?><CIM CIMVERSION=\"2.0\">";
 const std::string closing = "</CIM>";
 
-std::string repeated(std::size_t times, const std::string& text) {
-  std::string result;
-  result.reserve(times * text.size());
-  while (times-- > 0) result += text;
-  return result;
-}
-
 // A document; its size counts, since it takes a few times that to read it.
 AnswerBehaviour sends(const std::string& name, int status, const std::function<std::string()>& make,
                       std::size_t most_mebibytes = 16, const std::string& trace = "") {

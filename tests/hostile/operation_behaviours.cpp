@@ -20,18 +20,9 @@ constexpr std::size_t most_deletions = 20;
 constexpr std::size_t requests_of_a_class = 2 * most_deletions + 1;
 constexpr const char* too_many = "the server lists more instances than may be deleted";
 
-std::string repeated(std::size_t times, const std::string& text) {
-  std::string result;
-  result.reserve(times * text.size());
-  while (times-- > 0) result += text;
-  return result;
-}
-
 // Gives the answer that `make` makes of the request, over a connection for each.
 Scripts answering(const std::function<std::string(const std::string&)>& make) {
-  const auto send = [make](const std::string& request) {
-    return http_answer(make(request), "HTTP/1.1 200 OK", "Connection: close\r\n");
-  };
+  const auto send = [make](const std::string& request) { return last_http_answer(make(request)); };
   return {{{script::ReadRequest{}, script::SendMadeFromRequest{send}}}, true};
 }
 

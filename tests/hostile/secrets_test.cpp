@@ -14,6 +14,7 @@
 
 namespace {
 
+using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -45,10 +46,7 @@ class Listening {
 
   // What must be told by then, so that something was looked at.
   void expect_trace(const std::string& text) const {
-    bool is_told = false;
-    for (const RecordedLine& line : traces_.lines())
-      is_told |= line.text.find(text) != std::string::npos;
-    EXPECT_TRUE(is_told) << text;
+    EXPECT_THAT(traces_.texts(), Contains(HasSubstr(text)));
   }
 
  private:

@@ -1,6 +1,7 @@
 #include <sys/socket.h>
 
 #include "hostile/behaviour.h"
+#include "support/channel.h"
 
 // What a machine does to the listener that it should send indications to. Silence is not among
 // these: how long a listener bears it is tested with the readers.
@@ -37,10 +38,8 @@ SenderBehaviour leaves(const std::string& name, const std::string& bytes, bool r
                        const std::string& trace) {
   return {{name, {0}},
           [=](const RunningListener& running) {
-            const Descriptor socket = running.connect_and_send(bytes);
-            const linger at_once{1, 0};
-            if (resets)
-              ::setsockopt(socket.number(), SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+            Descriptor socket = running.connect_and_send(bytes);
+            if (resets) reset_socket(socket);
           },
           trace};
 }

@@ -9,12 +9,11 @@
 
 namespace {
 
+using testing::Contains;
 using testing::HasSubstr;
 
 bool is_traced(const TraceRecorder& traces, const std::string& text) {
-  for (const std::string& line : traces.texts())
-    if (line.find(text) != std::string::npos) return true;
-  return false;
+  return testing::Value(traces.texts(), Contains(HasSubstr(text)));
 }
 
 class HostileSender : public testing::TestWithParam<SenderBehaviour> {};

@@ -30,15 +30,15 @@ AnswerBehaviour slow(const std::string& name, std::size_t awaited, const Steps& 
 
 // Sends without end after these bytes.
 AnswerBehaviour endless(const std::string& name, const std::string& start,
-                        const std::string& repeated) {
-  return {{name, {23}, EndedBy::limit},
-          [start, repeated] {
-            return Steps{script::ReadRequest{}, script::Send{start},
-                         script::SendRepeatedly{repeated, 0}};
-          },
-          0,
-          too_large,
-          take_a_mebibyte};
+                        const std::string& part) {
+  return {
+      {name, {23}, EndedBy::limit},
+      [start, part] {
+        return Steps{script::ReadRequest{}, script::Send{start}, script::SendRepeatedly{part, 0}};
+      },
+      0,
+      too_large,
+      take_a_mebibyte};
 }
 
 AnswerBehaviour broken(const std::string& name, const std::vector<int>& statuses, unsigned info,
@@ -56,8 +56,7 @@ std::vector<AnswerBehaviour> transport_behaviours() {
   const std::string answer = http_answer(good_document);
   const std::string half_body = answer.substr(0, answer.size() - 100);
   const std::string hexadecimal_chunk = "10000\r\n" + piece + "\r\n";
-  std::string interim;
-  for (int i = 0; i < 2000; ++i) interim += "HTTP/1.1 100 Continue\r\n\r\n";
+  const std::string interim = "HTTP/1.1 100 Continue\r\n\r\n";
   return {
       slow("nothing, and keeps the connection", 0,
            {script::ReadRequest{}, script::WaitForPeerClose{}}),
@@ -76,12 +75,12 @@ std::vector<AnswerBehaviour> transport_behaviours() {
             script::Send{http_answer_in_chunks(good_document, 10).substr(0, 200)},
             script::WaitForPeerClose{}}),
       slow("interim answers for ever, slowly", 100,
-           {script::ReadRequest{}, script::SendSlowly{interim, 25, 5ms}}),
+           {script::ReadRequest{}, script::SendSlowly{repeated(2000, interim), 25, 5ms}}),
       endless("a body without length or end", head + "\r\n", piece),
       endless("chunks without end", head + "Transfer-Encoding: chunked\r\n\r\n", hexadecimal_chunk),
       endless("header lines without end", head, "X-Line: " + piece.substr(0, 1000) + "\r\n"),
-      endless("the same short header line for ever", head, "A:\r\n"),
-      endless("interim answers without end", "", "HTTP/1.1 100 Continue\r\n\r\n"),
+      endless("the same short header line for ever", head, repeated(16384, "A:\r\n")),
+      endless("interim answers without end", "", repeated(2000, interim)),
       endless("trailer lines without end", head + "Transfer-Encoding: chunked\r\n\r\n0\r\n",
               "X: " + piece.substr(0, 1000) + "\r\n"),
       {{"a body of 1 GiB at full speed", {23}, EndedBy::limit},
