@@ -92,10 +92,8 @@ TEST(ListenerLife, ASecondStartIsRefused) {
   RunningListener running;
   const TraceRecorder recorder;
   EXPECT_EQ(running.listener->start_Listener(), 1001);
-  EXPECT_EQ(recorder.count(trace_level::warning, source, 358,
-                           "start_Listener: Listener is already running"),
-            1);
-  EXPECT_EQ(recorder.lines().size(), 1U);
+  EXPECT_TRUE(recorder.has_only(trace_level::warning, source, 358,
+                                "start_Listener: Listener is already running"));
   EXPECT_EQ(running.ask(request), answer);
 }
 
@@ -104,10 +102,8 @@ TEST(ListenerLife, AStartWithoutCallbackIsRefused) {
   listener.port = 0;
   const TraceRecorder recorder;
   EXPECT_EQ(listener.start_Listener(), 1001);
-  EXPECT_EQ(
-      recorder.count(trace_level::error, source, 363, "start_Listener: pCallBack (null) not set!"),
-      1);
-  EXPECT_EQ(recorder.lines().size(), 1U);
+  EXPECT_TRUE(recorder.has_only(trace_level::error, source, 363,
+                                "start_Listener: pCallBack (null) not set!"));
   EXPECT_EQ(listener.startResult, 0);
 }
 
@@ -120,10 +116,8 @@ TEST(ListenerLife, AThreadThatCannotBeStartedIsReported) {
   faults.on(Call::thread, in_turn({Outcome::failure(EAGAIN)}));
   EXPECT_EQ(listener.start_Listener(), 1001);
   EXPECT_EQ(listener.startResult, EAGAIN);
-  EXPECT_EQ(recorder.count(trace_level::error, source, 376,
-                           "start_Listener: Cannot start listener-thread"),
-            1);
-  EXPECT_EQ(recorder.lines().size(), 1U);
+  EXPECT_TRUE(recorder.has_only(trace_level::error, source, 376,
+                                "start_Listener: Cannot start listener-thread"));
 }
 
 // Its callback stays set, and that is what a stop waits for.
@@ -216,10 +210,8 @@ TEST(ListenerLife, AStopGivesUpAfterThirtyPolls) {
   EXPECT_TRUE(running.has_callback());
   EXPECT_EQ(running.listener->startResult, 0);
   EXPECT_EQ(running.listener->check_Listener(), 1);
-  EXPECT_EQ(recorder.count(trace_level::error, source, 421,
-                           "stop_Listener: Listener-Thread is not stopped yet!"),
-            1);
-  EXPECT_EQ(recorder.lines().size(), 1U);
+  EXPECT_TRUE(recorder.has_only(trace_level::error, source, 421,
+                                "stop_Listener: Listener-Thread is not stopped yet!"));
   may_go_on.set_value();
   EXPECT_TRUE(comes_true([&] { return !running.has_callback(); }));
   EXPECT_THAT(received.texts(), IsEmpty());
@@ -277,7 +269,6 @@ TEST(ListenerLife, AFailedWaitEndsIt) {
   SocketFaults faults;
   const TraceRecorder recorder;
   faults.on(Call::poll, only_with(10000, in_turn({Outcome::result(0), Outcome::failure(EINVAL)})));
-  const ThreadWatch threads;
   CIMindication listener;
   listener.pCallBack = &Received::take;
   listener.port = 0;

@@ -65,6 +65,11 @@ int TraceRecorder::count(unsigned level, const std::string& source, int line,
   return found;
 }
 
+bool TraceRecorder::has_only(unsigned level, const std::string& source, int line,
+                             const std::string& text) const {
+  return lines().size() == 1 && count(level, source, line, text) == 1;
+}
+
 void TraceRecorder::clear() {
   const std::lock_guard<std::mutex> guard(recorded_mutex);
   recorded.clear();

@@ -30,6 +30,8 @@ class TraceRecorder {
   int count(unsigned level, const std::string& source, const std::string& text) const;
   // The same for lines that also carry this line number.
   int count(unsigned level, const std::string& source, int line, const std::string& text) const;
+  // Whether the only line so far is this one.
+  bool has_only(unsigned level, const std::string& source, int line, const std::string& text) const;
   // Forgets all lines.
   void clear();
 
