@@ -1,7 +1,6 @@
 // The listener's scanners on any bytes, in memory that ends with them.
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 #include "check_export_request.h"
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "byte_source.h"

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
 #include <string_view>
 
 #include "CIMconnection/response_scan.h"

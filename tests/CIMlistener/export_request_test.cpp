@@ -5,7 +5,6 @@
 #include <limits>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "CIMlistener/export_samples.h"
 #include "support/guard_page.h"

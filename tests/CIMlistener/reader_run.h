@@ -6,7 +6,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 #include "CIMlistener/export_samples.h"
 #include "CIMlistener/reader.h"

@@ -24,13 +24,13 @@ inline std::uint16_t port_of(zuCIM::CIMindication& listener) {
   return ntohs(address.sin_port);
 }
 
-// A listener with the callback of the tests on a port, by default one that the system chooses.
-// Stops at its end and waits for its threads.
+// A listener with the callback of the tests on a port that the system chooses. Stops at its end and
+// waits for its threads.
 class RunningListener {
  public:
-  explicit RunningListener(int wanted_port = 0) {
+  RunningListener() {
     listener->pCallBack = &Received::take;
-    listener->port = wanted_port;
+    listener->port = 0;
     if (listener->start_Listener() != 0 || !comes_true([this] { return is_listening(); }))
       throw std::runtime_error("the listener does not start");
     port = port_of(*listener);

@@ -13,7 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using testing::Not;
 
 // Each test has a simulator to itself, since subscriptions are the same for all.
 class Indications : public testing::Test {

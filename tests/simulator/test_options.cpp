@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
 
 #include "shared_simulator.h"
