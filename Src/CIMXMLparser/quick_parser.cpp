@@ -25,7 +25,7 @@ constexpr unsigned char is_end_of_text = 4;
 
 constexpr std::array<unsigned char, 256> classes = [] {
   std::array<unsigned char, 256> table{};
-  for (std::size_t c = 0; c < table.size(); ++c)
+  for (std::size_t c = 0; c != table.size(); ++c)
     if (is_space(static_cast<char>(c))) table[c] = is_white | is_end_of_name;
   for (const char c : {'/', '>'}) table[static_cast<unsigned char>(c)] = is_end_of_name;
   for (const char c : {'<', '"', '\''}) table[static_cast<unsigned char>(c)] = is_end_of_text;
