@@ -21,7 +21,8 @@ if(ZUCIM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${ZUCIM_CCACHE}")
 endif()
 
-# Freed nodes are asked for their chunk after their destructor; -fno-lifetime-dse keeps the answer.
+# Freed nodes and attribute arrays are asked for their chunk after their destructor;
+# -fno-lifetime-dse keeps the answer.
 # g++ 12 warns falsely of overlapping copies in std::string's operator+, hence -Wno-restrict.
 # A null `this` is an answered case of several members, so neither the optimiser nor the
 # sanitizers may treat it as impossible.

@@ -184,7 +184,8 @@ bool watch(CIMcontainer& context, int port) {
   keep_signals();
   // The first indication may come before subscribe returns; it is printed behind the announcement.
   std::unique_lock<std::mutex> output(mutex);
-  if (!subscribe(context, port)) return false;
+  is_over = !subscribe(context, port);
+  if (is_over) return false;
   const bool listens = is_listening(*context.listener);
   if (listens) announce(context, port);
   output.unlock();

@@ -62,7 +62,7 @@ const std::array<NameRow, elem::UNKNOWN>& element_names();
 // The names of the attributes, by id.
 const std::array<NameRow, attr::UNKNOWN>& attribute_names();
 
-// The id of an element name in an exact comparison with rows 0 to 69; -1 for an unknown one.
+// The id of an element name in an exact comparison; -1 for an unknown one.
 int find_element(std::string_view name);
 
 // The id of an attribute name: exact, but EmbeddedObject in any case; the id of "unknown" for every

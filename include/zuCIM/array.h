@@ -11,8 +11,9 @@ namespace zuCIM {
 
 struct TreeChunk;
 
-// A growable array of pointers to heap blocks of one kind, which it owns: records of a fixed size,
-// or texts with an optional prefix. It is laid out like a program's argument vector.
+// A growable array of pointers to blocks of one kind, which it owns: records of a fixed size, or
+// texts with an optional prefix. It is laid out like a program's argument vector. The blocks are of
+// the heap, or of the memory of a parsed document: only the array's own members may free them.
 //
 // Thread rule: appending, removing and resizing are serialised by the array's lock. Reading argv
 // and argc, and being the source of a copy, are not: keep those apart from changes.

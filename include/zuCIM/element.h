@@ -81,8 +81,8 @@ class ZUCIM_API CIMelement {
   char* getValueOfProperty(const char* text) noexcept;
 
   // Unlinks and frees this node, with its subtree if asked. Returns the node that preceded it; null
-  // when it had no parent. Use false only for a node without descendants. Not for a node
-  // that is a variable or a member of something, such as the root of an answer.
+  // when it had no parent. Use false only for a node without descendants. Not for a node that is a
+  // variable or a member of something, such as the root of an answer.
   CIMelement* deleteElement(bool with_subtree) noexcept;
   // Moves this node out of its document to the end of the chain whose head pointer is `*chain`,
   // with its subtree or (false) freeing its descendants. Returns the node that followed the moved
