@@ -156,7 +156,7 @@ void copy_server_record(CIMconnection& connection, const _THR_SERVER_* server) {
   connection.verifyPeer = connection.caFile.empty() ? 0 : 1;
 }
 
-CIMconnection::CIMconnection()
+CIMconnection::CIMconnection() noexcept
     : verifyPeer(0),
       cimStatus(status::success),
       infoFlags(0),
@@ -175,7 +175,7 @@ CIMconnection::CIMconnection()
   lock.Init(lock_spin);
 }
 
-CIMconnection::CIMconnection(const CIMconnection& source) : CIMconnection() {
+CIMconnection::CIMconnection(const CIMconnection& source) noexcept : CIMconnection() {
   try {
     ConnectionTexts texts(source);
     copy_connection(*this, source, texts);

@@ -21,7 +21,7 @@ void copy_own_members(CIMcontainer& target, const CIMcontainer& source) noexcept
 
 }  // namespace
 
-CIMcontainer::CIMcontainer()
+CIMcontainer::CIMcontainer() noexcept
     : currentClass(nullptr),
       listener(nullptr),
       methodName(nullptr),
@@ -29,7 +29,7 @@ CIMcontainer::CIMcontainer()
       callerValue(0),
       mostDeletions(subscription_limit::most_deletions) {}
 
-CIMcontainer::CIMcontainer(const CIMcontainer& source)
+CIMcontainer::CIMcontainer(const CIMcontainer& source) noexcept
     : CIMconnection(source), listener(nullptr), index(source.index) {
   copy_own_members(*this, source);
 }

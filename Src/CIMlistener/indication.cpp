@@ -8,6 +8,7 @@
 #include <new>
 
 #include "BRQ/FileDescriptorSet.h"
+#include "BRQ/Time.h"
 #include "CIMlistener/interruption.h"
 #include "CIMlistener/listener.h"
 #include "CIMlistener/listener_state.h"
@@ -55,19 +56,45 @@ int wait_readable(int descriptor, int milliseconds) noexcept {
   return ready;
 }
 
+using SharedState = std::shared_ptr<ListenerState>;
+
+// Null when memory is short.
+SharedState make_state(CIMindication* owner) noexcept {
+  try {
+    return std::make_shared<ListenerState>(owner);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+// What pthread_create said, or ENOMEM. A listener that was made while memory was short gets its
+// state now.
+int start(CIMindication* owner, SharedState& state) noexcept {
+  try {
+    if (state == nullptr) state = std::make_shared<ListenerState>(owner);
+    return start_thread_of(state);
+  } catch (const std::bad_alloc&) {
+    return ENOMEM;
+  }
+}
+
+// Without a state there was never a thread, but who waits for the listener waits as long.
+void wait_for_end(ListenerState* state) noexcept {
+  if (state != nullptr)
+    state->wait_for_end(poll_milliseconds);
+  else
+    BRQ::Misc::msleep(poll_milliseconds);
+}
+
 }  // namespace
 
 int ListenerThreadIsActive = 0;
 
-CIMindication::CIMindication()
-    : pCallBack(nullptr),
-      port(-1),
-      listenSocket(-1),
-      startResult(0),
-      state_(std::make_shared<ListenerState>(this)) {}
+CIMindication::CIMindication() noexcept
+    : pCallBack(nullptr), port(-1), listenSocket(-1), startResult(0), state_(make_state(this)) {}
 
 CIMindication::~CIMindication() {
-  state_->abandon();
+  if (state_ != nullptr) state_->abandon();
 }
 
 int CIMindication::start_Listener() noexcept {
@@ -77,11 +104,7 @@ int CIMindication::start_Listener() noexcept {
   if (!has_callback(*this))
     return refuse(trace_level::error, line_of_no_callback,
                   "start_Listener: pCallBack (null) not set!");
-  try {
-    startResult = start_thread_of(state_);
-  } catch (const std::bad_alloc&) {
-    startResult = ENOMEM;
-  }
+  startResult = start(this, state_);
   if (startResult != 0)
     return refuse(trace_level::error, line_of_not_started,
                   "start_Listener: Cannot start listener-thread");
@@ -91,9 +114,10 @@ int CIMindication::start_Listener() noexcept {
 }
 
 void CIMindication::stop_Listener() noexcept {
-  if (!state_->stop() && startResult == 0) return;
+  const bool was_listening = state_ != nullptr && state_->stop();
+  if (!was_listening && startResult == 0) return;
   for (int poll = 0; poll < polls_for_end && has_callback(*this); ++poll)
-    state_->wait_for_end(poll_milliseconds);
+    wait_for_end(state_.get());
   startResult = 0;
   if (has_callback(*this))
     trace_listener(trace_level::error, line_of_not_stopped,

@@ -5,6 +5,7 @@
 #include <pthread.h>
 #include <sys/socket.h>
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -157,7 +158,13 @@ int start_thread_of(const SharedState& state) {
 
 void* CIMindication::listenerThread(void* listener) noexcept {
   if (listener == nullptr) return nullptr;
-  const SharedState state = static_cast<CIMindication*>(listener)->state_;
+  auto* const owner = static_cast<CIMindication*>(listener);
+  const SharedState state = owner->state_;
+  if (state == nullptr) {
+    // Memory was short when the listener was made. This tells it that the thread has ended.
+    std::atomic_ref<IndicationCallback>(owner->pCallBack).store(nullptr);
+    return nullptr;
+  }
   state->begin();
   listen(state);
   return nullptr;

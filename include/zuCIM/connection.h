@@ -121,9 +121,9 @@ class ZUCIM_API CIMconnection {
   OldestTls oldestTls;
 
   // Makes a connection to nowhere that refuses transfers until its busy flag is set.
-  CIMconnection();
+  CIMconnection() noexcept;
   // Copies a connection, see operator=.
-  CIMconnection(const CIMconnection& source);
+  CIMconnection(const CIMconnection& source) noexcept;
   // Releases the transfer handle, whatever the busy flag says.
   ~CIMconnection();
   // Copies everything but the lock; the header list is duplicated, and so is the source's transfer

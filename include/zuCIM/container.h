@@ -79,9 +79,9 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   std::size_t mostDeletions;
 
   // Makes a context that is not registered.
-  CIMcontainer();
+  CIMcontainer() noexcept;
   // Copies a context, see operator=.
-  CIMcontainer(const CIMcontainer& source);
+  CIMcontainer(const CIMcontainer& source) noexcept;
   ~CIMcontainer();
   // Copies everything but the listener. The current class still points into `source`'s chain.
   CIMcontainer& operator=(const CIMcontainer& source) noexcept;

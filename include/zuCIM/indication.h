@@ -61,8 +61,9 @@ class ZUCIM_API CIMindication {
   // What pthread_create said about the listener's thread, 0 for success.
   int startResult;
 
-  // Makes a listener without callback and port that does not listen.
-  CIMindication();
+  // Makes a listener without callback and port that does not listen. What it could not get memory
+  // for, start_Listener asks for again.
+  CIMindication() noexcept;
   // Stops the listener without waiting for its thread.
   ~CIMindication();
   CIMindication(const CIMindication&) = delete;
@@ -70,7 +71,7 @@ class ZUCIM_API CIMindication {
 
   // Starts the listener's thread, which then opens the port; a port that is in use ends it. Returns
   // 0 when the thread was started, 1001 when it is listening already, has no callback, or no thread
-  // can be started.
+  // can be started; it may be called again then.
   int start_Listener() noexcept;
   // Stops the listener and waits for its thread, at most 30 seconds; readers may go on. Does
   // nothing when the listener does not listen.

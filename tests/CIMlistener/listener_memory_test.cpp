@@ -3,14 +3,19 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "BRQ/Time.h"
+#include "BRQ/replaced_clock.h"
 #include "CIMlistener/reader_run.h"
 #include "CIMlistener/running_listener.h"
 #include "CIMlistener/socket_faults.h"
 #include "support/failing_allocator.h"
 #include "support/trace_recorder.h"
+#include "zuCIM/vocabulary.h"
 
 // Every allocation of the listener and its readers is made to fail once.
 namespace {
@@ -90,6 +95,68 @@ TEST(ListenerMemory, AStartWithoutMemoryFails) {
     EXPECT_EQ(result, failure.happened() ? 1001 : 0);
     EXPECT_EQ(listener.startResult == 0, result == 0);
   });
+}
+
+// A listener that was made while there was no memory.
+class PoorListener {
+ public:
+  PoorListener() {
+    {
+      const AllocationFailure failure(1, AllocationKind::cpp, FailureSpan::from_then_on);
+      listener.emplace();
+    }
+    listener->pCallBack = &count_call;
+    listener->port = 0;
+  }
+
+  // Starts it while there is no memory for what it lacks.
+  int start() {
+    const AllocationFailure failure(1, AllocationKind::cpp);
+    return listener->start_Listener();
+  }
+
+  std::optional<zuCIM::CIMindication> listener;
+};
+
+TEST(ListenerMemory, AListenerThatWasMadeWithoutMemoryIsStartedOnceThereIsSome) {
+  const ThreadWatch threads;
+  PoorListener poor;
+  zuCIM::CIMindication& listener = *poor.listener;
+  EXPECT_EQ(listener.startResult, 0);
+  {
+    const TraceRecorder recorder;
+    EXPECT_EQ(poor.start(), 1001);
+    EXPECT_EQ(listener.startResult, ENOMEM);
+    EXPECT_TRUE(recorder.has_only(zuCIM::trace_level::error, "Src/CIMlistener", 376,
+                                  "start_Listener: Cannot start listener-thread"));
+  }
+  EXPECT_EQ(listener.check_Listener(), 1);
+  calls.store(0);
+  ASSERT_EQ(listener.start_Listener(), 0);
+  ASSERT_TRUE(comes_true([&] { return listener.check_Listener() == 0; }));
+  const Descriptor socket = connect_to("127.0.0.1", port_of(listener));
+  send_all(socket, request);
+  EXPECT_EQ(receive_all(socket), answer);
+  EXPECT_TRUE(comes_true([] { return calls.load() == 1; }));
+  listener.stop_Listener();
+}
+
+TEST(ListenerMemory, AListenerThatWasMadeWithoutMemoryIsStoppedLikeAnyOther) {
+  PoorListener poor;
+  const ReplacedClock clock;
+  poor.listener->stop_Listener();
+  EXPECT_EQ(clock.sleeps(), std::vector<unsigned>());
+  poor.start();
+  poor.listener->stop_Listener();
+  EXPECT_EQ(clock.sleeps(), std::vector<unsigned>(30, 1000));
+  EXPECT_EQ(poor.listener->startResult, 0);
+}
+
+TEST(ListenerMemory, AListenerThatWasMadeWithoutMemoryDoesNotListen) {
+  PoorListener poor;
+  EXPECT_EQ(zuCIM::CIMindication::listenerThread(&*poor.listener), nullptr);
+  EXPECT_EQ(poor.listener->pCallBack, nullptr);
+  EXPECT_EQ(poor.listener->check_Listener(), 1);
 }
 
 // Runs the listener's thread as this one. The first connection comes while memory is short; the
