@@ -16,6 +16,7 @@ void copy_own_members(CIMcontainer& target, const CIMcontainer& source) noexcept
   target.currentClass = source.currentClass;
   target.callerValue = source.callerValue;
   target.mostDeletions = source.mostDeletions;
+  target.listenerLimits = source.listenerLimits;
   delete std::exchange(target.listener, nullptr);
 }
 

@@ -73,6 +73,7 @@ bool start_listener(CIMcontainer& container, IndicationCallback callback, int po
   auto listener = std::make_unique<CIMindication>();
   listener->pCallBack = callback;
   listener->port = port;
+  listener->limits = container.listenerLimits;
   container.listener = listener.release();
   return container.listener->start_Listener() == status::success;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <string_view>
 
 #include "CIMlistener/export_request.h"
@@ -24,6 +25,10 @@ constexpr int line_of_closed = 179;
 constexpr int line_of_send = 224;
 constexpr std::size_t most_bytes_at_once = 8191;
 
+unsigned milliseconds_of(int seconds) noexcept {
+  return static_cast<unsigned>(std::clamp(seconds, 0, INT_MAX / 1000)) * 1000U;
+}
+
 // Returns what is left to send; null data after a failure.
 std::string_view send_some(int socket, std::string_view text) noexcept {
   const ssize_t sent = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
@@ -34,7 +39,10 @@ std::string_view send_some(int socket, std::string_view text) noexcept {
 }  // namespace
 
 Conversation::Conversation(Descriptor socket, ListenerState* listener) noexcept
-    : socket_(std::move(socket)), listener_(listener) {}
+    : socket_(std::move(socket)),
+      listener_(listener),
+      limits_(listener != nullptr ? listener->limits() : ListenerLimits()),
+      time_left_(milliseconds_of(limits_.requestSeconds)) {}
 
 Conversation::~Conversation() {
   if (held_ != 0) listener_->drop(held_);
@@ -46,10 +54,10 @@ bool Conversation::receive() {
     end_as_closed();
     return false;
   }
-  if (!wait_for_data(listener_limit::first_data_seconds)) return false;
+  if (!wait_for_data(std::min(limits_.firstDataSeconds, seconds_left()))) return false;
   Step step = receive_piece();
   while (step == Step::go_on) {
-    const int seconds = std::min(listener_limit::stall_seconds, seconds_left());
+    const int seconds = std::min(limits_.stallSeconds, seconds_left());
     step = wait_for_data(seconds) ? receive_piece() : end_as_closed();
   }
   return step == Step::done && length_ != 0;
@@ -89,7 +97,7 @@ Conversation::Step Conversation::take_first_piece(std::string_view piece) {
                    "readerThread: missing Content-Length");
     return Step::ended;
   }
-  if (length_ > listener_limit::largest_body) {
+  if (length_ > limits_.largestBody) {
     trace_listener(trace_level::error, line_of_too_large,
                    "readerThread: Content-Length is too large");
     return Step::ended;

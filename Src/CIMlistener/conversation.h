@@ -44,7 +44,8 @@ class Conversation {
   std::string body_;
   std::size_t held_ = 0;
   std::size_t length_ = 0;
-  BRQ::Threading::CWaitInterval time_left_{listener_limit::request_seconds * 1000U};
+  const ListenerLimits limits_;
+  BRQ::Threading::CWaitInterval time_left_;
 };
 
 }  // namespace zuCIM

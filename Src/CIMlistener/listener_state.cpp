@@ -29,6 +29,7 @@ void ListenerState::tell_end() noexcept {
 
 void ListenerState::begin() noexcept {
   const CSyncGuard guard(lock_);
+  limits_ = owner_->limits;
   if (++threads_ == 1) has_ended_ = false;
   ended_.Reset();
 }
@@ -87,16 +88,22 @@ void ListenerState::end(Descriptor socket) noexcept {
   if (--threads_ == 0) tell_end();
 }
 
+ListenerLimits ListenerState::limits() noexcept {
+  const CSyncGuard guard(lock_);
+  return limits_;
+}
+
 bool ListenerState::admit_reader() noexcept {
   const CSyncGuard guard(lock_);
-  if (readers_ == listener_limit::most_readers) return false;
+  if (readers_ >= limits_.mostReaders) return false;
   ++readers_;
   return true;
 }
 
+// Readers of an earlier start may hold more than a later one allows.
 bool ListenerState::hold(std::size_t bytes) noexcept {
   const CSyncGuard guard(lock_);
-  if (bytes > listener_limit::most_bytes - held_bytes_) return false;
+  if (held_bytes_ > limits_.mostBytes || bytes > limits_.mostBytes - held_bytes_) return false;
   held_bytes_ += bytes;
   return true;
 }

@@ -18,7 +18,7 @@ struct ListenerState {
 
   // For the owner.
 
-  // Counts a thread in, before it is started.
+  // Counts a thread in, before it is started, and takes the owner's limits over.
   void begin() noexcept;
   // Counts a thread out that could not be started.
   void cancel() noexcept;
@@ -43,6 +43,8 @@ struct ListenerState {
   // Closes the thread's socket. When no other thread is left, it tells the owner that it has ended.
   void end(Descriptor socket) noexcept;
 
+  // The limits of the latest start.
+  ListenerLimits limits() noexcept;
   // Counts a reader in; false when there are too many.
   bool admit_reader() noexcept;
   // Counts a reader out and wakes the listener's thread.
@@ -68,6 +70,7 @@ struct ListenerState {
   int threads_ = 0;
   // Whether one of them has ended while others were left.
   bool has_ended_ = false;
+  ListenerLimits limits_;
   int readers_ = 0;
   std::size_t held_bytes_ = 0;
 };

@@ -77,6 +77,9 @@ class ZUCIM_API CIMcontainer : public CIMconnection {
   // delete after that many ends the class as a failed deletion does, with status 1001: one that
   // invents new names for ever must not keep its client for ever.
   std::size_t mostDeletions;
+  // What the listener that subscribe makes bears from its senders. A change while there is a
+  // subscription counts from the next one on.
+  ListenerLimits listenerLimits;
 
   // Makes a context that is not registered.
   CIMcontainer() noexcept;

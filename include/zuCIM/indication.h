@@ -12,7 +12,7 @@ namespace zuCIM {
 // zero when readers outlived their listener. Read and change it with std::atomic_ref.
 extern ZUCIM_API int ListenerThreadIsActive;
 
-// What a listener bears from the machines that send to it.
+// What a listener bears from the machines that send to it, unless its ListenerLimits say otherwise.
 namespace listener_limit {
 // A request that announces more bytes than this ends its connection.
 inline constexpr std::size_t largest_body = 16 * 1024 * 1024;
@@ -30,6 +30,23 @@ inline constexpr int stall_seconds = 30;
 // Seconds that one request may take from the first wait to its last byte.
 inline constexpr int request_seconds = 120;
 }  // namespace listener_limit
+
+// What one listener bears, each as in listener_limit unless changed. Seconds and readers below 1
+// count as 0: no wait, and no connection that is accepted.
+struct ListenerLimits {
+  // Bytes that a request may announce.
+  std::size_t largestBody = listener_limit::largest_body;
+  // Bytes of all requests that its readers hold at once.
+  std::size_t mostBytes = listener_limit::most_bytes;
+  // Readers that are alive at once.
+  int mostReaders = listener_limit::most_readers;
+  // Seconds of silence before the first byte of a connection.
+  int firstDataSeconds = listener_limit::first_data_seconds;
+  // Seconds of silence within a request.
+  int stallSeconds = listener_limit::stall_seconds;
+  // Seconds from the first wait of a request to its last byte.
+  int requestSeconds = listener_limit::request_seconds;
+};
 
 // Receives one indication: the text of the export request from "<?xml" on, which the receiver may
 // change or take. The result is ignored; an exception is traced and goes no further. Called on
@@ -60,6 +77,9 @@ class ZUCIM_API CIMindication {
   int listenSocket;
   // What pthread_create said about the listener's thread, 0 for success.
   int startResult;
+  // What the listener bears. Its threads work with a copy that each start makes, so a change while
+  // they run counts from the next start on.
+  ListenerLimits limits;
 
   // Makes a listener without callback and port that does not listen. What it could not get memory
   // for, start_Listener asks for again.

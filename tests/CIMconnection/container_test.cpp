@@ -32,6 +32,7 @@ TEST(ContainerCopy, TakesEverythingButTheListener) {
   original.index = 77;
   original.callerValue = 88;
   original.mostDeletions = 9;
+  original.listenerLimits.stallSeconds = 8;
   CIMindication* const listener = new CIMindication;
   original.listener = listener;
   CIMcontainer copy;
@@ -46,6 +47,7 @@ TEST(ContainerCopy, TakesEverythingButTheListener) {
   EXPECT_EQ(copy.index, 77U);
   EXPECT_EQ(copy.callerValue, 88U);
   EXPECT_EQ(copy.mostDeletions, 9U);
+  EXPECT_EQ(copy.listenerLimits.stallSeconds, 8);
   EXPECT_EQ(copy.listener, nullptr);
 }
 

@@ -69,6 +69,17 @@ TEST_F(Subscribe, GivesTheContextAListener) {
   EXPECT_EQ(context_->ChkCimStatus(), 0);
 }
 
+TEST_F(Subscribe, GivesTheListenerTheLimitsOfTheContext) {
+  serve({filter_made, handler_made, subscription_made});
+  context_->listenerLimits.largestBody = 7;
+  context_->listenerLimits.stallSeconds = 8;
+  EXPECT_EQ(subscribe(), 0);
+  ASSERT_TRUE(is_subscribed());
+  EXPECT_EQ(context_->listener->limits.largestBody, 7U);
+  EXPECT_EQ(context_->listener->limits.stallSeconds, 8);
+  EXPECT_EQ(context_->listener->limits.mostReaders, listener_limit::most_readers);
+}
+
 TEST_F(Subscribe, CountsAsReceivingWhileItSends) {
   std::vector<int> counts;
   const auto answer = [&counts](const std::string& body) {

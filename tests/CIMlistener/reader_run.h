@@ -27,6 +27,12 @@ class ReaderRun {
     state->admit_reader();
   }
 
+  // Has the listener's limits count from now on, as a start does.
+  ReaderRun& use(const zuCIM::ListenerLimits& limits) {
+    listener.limits = limits;
+    state->begin();
+    return *this;
+  }
   // Has the sender send; a reader never reads that fast that it is kept waiting.
   ReaderRun& send(const std::string& bytes) {
     send_all(sender, bytes);

@@ -28,8 +28,9 @@ inline std::uint16_t port_of(zuCIM::CIMindication& listener) {
 // waits for its threads.
 class RunningListener {
  public:
-  RunningListener() {
+  explicit RunningListener(const zuCIM::ListenerLimits& limits = {}) {
     listener->pCallBack = &Received::take;
+    listener->limits = limits;
     listener->port = 0;
     if (listener->start_Listener() != 0 || !comes_true([this] { return is_listening(); }))
       throw std::runtime_error("the listener does not start");
