@@ -4,6 +4,7 @@
 #include "hostile/behaviour.h"
 #include "hostile/gated_clock.h"
 #include "hostile/memory_growth.h"
+#include "hostile/stopwatch.h"
 #include "support/trace_recorder.h"
 
 // One exchange with each of the hostile servers.
@@ -32,14 +33,20 @@ std::function<bool()> gate_of(const AnswerBehaviour& behaviour, const ScriptedSe
   };
 }
 
+// What the library allows a transfer of this client, in seconds.
+constexpr std::uint32_t least_timeout = 5;
+
 void expect_verdict(const AnswerBehaviour& behaviour, const ScriptedServer& server) {
   const TraceRecorder traces(behaviour.trace.empty() ? 0U : ~16U);
   WireClient client(server);
   behaviour.prepare(client);
   const GatedClock clock(gate_of(behaviour, server, client));
   const MemoryGrowth growth;
+  const Stopwatch stopwatch;
   const int status = client.exchange();
-  EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes)) << growth.grown_kilobytes();
+  EXPECT_TRUE(stopwatch.is_within(behaviour.most_time));
+  EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes));
+  EXPECT_EQ(clock.span(), behaviour.ended_by == EndedBy::clock ? least_timeout : 0U);
   EXPECT_THAT(behaviour.statuses, Contains(status));
   EXPECT_EQ(client.ChkCimStatus(), status);
   if (status != 55 && status != 56) {
@@ -121,8 +128,10 @@ TEST(HostileBody, OfOneGibibyteEndsAtTheLimitOfTheLibrary) {
   const GatedClock clock([] { return false; });
   WireClient client(server);
   const MemoryGrowth growth;
+  const Stopwatch stopwatch;
   EXPECT_EQ(client.exchange(), 23);
-  EXPECT_TRUE(growth.is_at_most(3 * 256)) << growth.grown_kilobytes();
+  EXPECT_TRUE(stopwatch.is_within(time_for_much));
+  EXPECT_TRUE(growth.is_at_most(3 * 256));
   EXPECT_EQ(client.responseBody.capacity(), std::string().capacity());
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cctype>
+#include <chrono>
 #include <concepts>
 #include <cstddef>
 #include <functional>
@@ -31,7 +32,12 @@ struct Behaviour {
   EndedBy ended_by = EndedBy::peer;
   // The memory that the process needs for it at most, including what is used for the first time.
   std::size_t most_mebibytes = 16;
+  // How long it may take by the wall clock, on a slow machine that does something else as well.
+  std::chrono::seconds most_time{20};
 };
+
+// The same for what is large.
+constexpr std::chrono::seconds time_for_much{60};
 
 // An answer to one exchange.
 struct AnswerBehaviour : Behaviour {

@@ -14,7 +14,7 @@ const std::string closing = "</CIM>";
 // A document; its size counts, since it takes a few times that to read it.
 AnswerBehaviour sends(const std::string& name, int status, const std::function<std::string()>& make,
                       std::size_t most_mebibytes = 16, const std::string& trace = "") {
-  return {{name, {status}, EndedBy::peer, most_mebibytes},
+  return {{name, {status}, EndedBy::peer, most_mebibytes, time_for_much},
           [make] { return answer_with(http_answer(make())); },
           0,
           trace};

@@ -113,7 +113,7 @@ OperationBehaviour answers(const std::string& name, int status,
                            const std::function<int(ServerContext&)>& operation,
                            const std::function<std::string()>& make,
                            std::size_t most_mebibytes = 16) {
-  return {{name, {status}, EndedBy::peer, most_mebibytes},
+  return {{name, {status}, EndedBy::peer, most_mebibytes, time_for_much},
           [make] { return listing_with(make()); },
           operation};
 }
@@ -159,7 +159,7 @@ std::vector<OperationBehaviour> operation_behaviours() {
           [] { return return_value(repeated(many, namespace_instance("Name"))); }, 512),
       answers("namespaces without a name", 5005, list_namespaces,
               [] { return return_value(repeated(100, namespace_instance("Other"))); }),
-      {{"namespaces without end", {23}, EndedBy::limit, 256},
+      {{"namespaces without end", {23}, EndedBy::limit, 256, time_for_much},
        [] {
          return Scripts{{{script::ReadRequest{},
                           script::Send{"HTTP/1.1 200 OK\r\n\r\n"

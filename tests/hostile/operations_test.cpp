@@ -4,6 +4,7 @@
 #include "CIMoperations/recording_clock.h"
 #include "hostile/behaviour.h"
 #include "hostile/memory_growth.h"
+#include "hostile/stopwatch.h"
 #include "support/trace_recorder.h"
 
 // Whole operations with hostile servers.
@@ -22,8 +23,10 @@ TEST_P(HostileOperation, EndsAsItShould) {
   const TraceRecorder traces(behaviour.trace.empty() ? 0U : 4U);
   const RecordingClock clock;
   const MemoryGrowth growth;
+  const Stopwatch stopwatch;
   EXPECT_THAT(behaviour.statuses, Contains(behaviour.operation(context)));
-  EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes)) << growth.grown_kilobytes();
+  EXPECT_TRUE(stopwatch.is_within(behaviour.most_time));
+  EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes));
   EXPECT_LE(server.requests().size(), behaviour.most_requests);
   if (!behaviour.trace.empty()) {
     EXPECT_THAT(traces.texts(), Contains(HasSubstr(behaviour.trace)));

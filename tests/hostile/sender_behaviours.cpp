@@ -76,7 +76,7 @@ std::vector<SenderBehaviour> sender_behaviours() {
       sends("a body that goes on for ever behind its length", 1, request + kilobytes, "", 1000),
       sends("a message id beyond every number", 1, export_request(std::string(100, '9'))),
       sends("a message id with markup", 1, export_request("\"><x y=\"")),
-      {{"a body of the largest size", {1}, EndedBy::peer, 128},
+      {{"a body of the largest size", {1}, EndedBy::peer, 128, time_for_much},
        [](const RunningListener& running) {
          std::string largest = body;
          largest.resize(zuCIM::listener_limit::largest_body, ' ');
@@ -86,11 +86,15 @@ std::vector<SenderBehaviour> sender_behaviours() {
       leaves("half a request, and closes", request.substr(0, request.size() - 50), false, closed),
       leaves("half a request, and resets", request.substr(0, request.size() - 50), true,
              "readerThread: ERROR in 'recv'"),
-      {{"a flood of three hundred connections that close at once", {0}, EndedBy::peer, 64},
+      {{"a flood of three hundred connections that close at once",
+        {0},
+        EndedBy::peer,
+        64,
+        time_for_much},
        [](const RunningListener& running) {
          for (int i = 0; i < 300; ++i) running.connect();
        }},
-      {{"more half-open connections than there are readers", {0}, EndedBy::peer, 64},
+      {{"more half-open connections than there are readers", {0}, EndedBy::peer, 64, time_for_much},
        [](const RunningListener& running) {
          std::vector<Descriptor> sockets;
          for (int i = 0; i < zuCIM::listener_limit::most_readers + 50; ++i)

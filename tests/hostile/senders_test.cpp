@@ -3,6 +3,7 @@
 
 #include "hostile/behaviour.h"
 #include "hostile/memory_growth.h"
+#include "hostile/stopwatch.h"
 #include "support/trace_recorder.h"
 
 // The listener and hostile senders.
@@ -25,6 +26,7 @@ TEST_P(HostileSender, LeavesTheListenerAsItWas) {
   Received received;
   const RunningListener running;
   const MemoryGrowth growth;
+  const Stopwatch stopwatch;
   behaviour.send(running);
   EXPECT_EQ(running.ask(export_request("1042")), export_answer("1042", "000000236"));
   const std::size_t expected = static_cast<std::size_t>(behaviour.statuses.front()) + 1;
@@ -33,7 +35,8 @@ TEST_P(HostileSender, LeavesTheListenerAsItWas) {
   EXPECT_TRUE(
       comes_true([&] { return behaviour.trace.empty() || is_traced(traces, behaviour.trace); }));
   EXPECT_TRUE(comes_true([] { return active_readers() == 0; }));
-  EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes)) << growth.grown_kilobytes();
+  EXPECT_TRUE(stopwatch.is_within(behaviour.most_time));
+  EXPECT_TRUE(growth.is_at_most(behaviour.most_mebibytes));
   EXPECT_EQ(received.texts().size(), expected);
 }
 
