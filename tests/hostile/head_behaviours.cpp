@@ -1,4 +1,5 @@
 #include "hostile/behaviour.h"
+#include "hostile/gzip_bodies.h"
 #include "support/http_answer.h"
 
 // What a server says about the length and the coding of its body, and heads that are none.
@@ -25,6 +26,25 @@ AnswerBehaviour chunked(const std::string& name, const std::vector<int>& statuse
 AnswerBehaviour coded(const std::string& header, const std::vector<int>& statuses) {
   return sends("a plain body as \"" + header + "\"", statuses,
                head + header + "\r\n\r\n" + good_document);
+}
+
+AnswerBehaviour compressed(const std::string& header, const std::vector<int>& statuses) {
+  return sends("a compressed body as \"" + header + "\"", statuses,
+               head + header + "\r\n\r\n" + small_gzip_body);
+}
+
+// About a megabyte that says it is a gibibyte.
+AnswerBehaviour bomb(const std::string& header, int status, EndedBy ended_by) {
+  return {{"a gibibyte compressed to a megabyte as \"" + header + "\"", {status}, ended_by},
+          [header] {
+            return script::Steps{script::ReadRequest{},
+                                 script::Send{head + header + "\r\n\r\n" + large_gzip_start},
+                                 script::SendRepeatedly{large_gzip_blocks, large_gzip_times},
+                                 script::Send{large_gzip_end}, script::Close{}};
+          },
+          0,
+          "",
+          [](WireClient& client) { client.largestBody = 2 * 1024 * 1024; }};
 }
 
 }  // namespace
@@ -66,6 +86,13 @@ std::vector<AnswerBehaviour> head_behaviours() {
       coded("Content-Encoding: unheard-of", {0}),
       coded("Transfer-Encoding: gzip", {0, 61}),
       coded("Transfer-Encoding: unheard-of", {0, 61}),
+      compressed("Content-Encoding: gzip", {5002}),
+      compressed("Transfer-Encoding: gzip", {0}),
+      sends("a compressed body in chunks", {0},
+            http_answer_in_chunks(small_gzip_body, 10, "HTTP/1.1 200 OK",
+                                  "Transfer-Encoding: gzip\r\n")),
+      bomb("Content-Encoding: gzip", 5002, EndedBy::peer),
+      bomb("Transfer-Encoding: gzip", 23, EndedBy::limit),
       coded("Content-Type: text/html; charset=utf-16", {0}),
       sends("an answer of HTTP 0.9", {1}, good_document),
       sends("the preface of HTTP/2", {1}, "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n"),

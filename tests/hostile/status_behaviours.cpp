@@ -6,6 +6,7 @@
 namespace {
 
 constexpr unsigned refused = 0x200;
+constexpr unsigned no_connection = 0x400;
 
 AnswerBehaviour says(const std::string& name, const std::vector<int>& statuses, unsigned info,
                      const std::string& bytes, const std::string& trace = "") {
@@ -47,8 +48,10 @@ std::vector<AnswerBehaviour> status_behaviours() {
       redirects("a list of choices", "300 Multiple Choices", "/cimom"),
       says("100 a thousand times, and then its answer", {10100}, 0,
            storm + http_answer(good_document)),
-      says("101 and its answer", {0, 1, 8, 56, 10101, 5001}, 0,
-           switching + http_answer(good_document)),
+      says("101 and its answer", {10101}, 0, switching + http_answer(good_document)),
+      says("101 and a document", {10101}, 0, switching + good_document),
+      says("101 and nothing", {52}, no_connection, switching),
+      says("101 and garbage", {5002}, 0, switching + std::string(100, '\xA5')),
       says("103 and its answer", {10103}, 0,
            "HTTP/1.1 103 Early Hints\r\nLink: </x>\r\n\r\n" + http_answer(good_document)),
       says("204 without a body", {5001}, 0, "HTTP/1.1 204 No Content\r\n\r\n"),
