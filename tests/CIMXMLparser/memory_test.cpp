@@ -113,6 +113,97 @@ TEST(CodecMemory, AFailedAttributeEndsTheParse) {
       1);
 }
 
+// What changes the attributes of a node, and whether the array may lose its slots by that: it does
+// so when it cannot grow.
+struct Change {
+  const char* name;
+  bool (*make)(CIMelement& node);
+  bool may_lose_slots;
+};
+
+const Change changes[] = {
+    {"attr_put", [](CIMelement& node) { return node.attr_put(zuCIM::attr::CLASSORIGIN, "c") == 0; },
+     true},
+    {"more capacity", [](CIMelement& node) { return node.attributes->setmaxargc(40) == 0; }, false},
+    // The trace alone tells whether it failed.
+    {"FreeUnused",
+     [](CIMelement& node) {
+       node.attributes->FreeUnused();
+       return node.attributes->maxargc == node.attributes->argc;
+     },
+     false},
+};
+
+// A node of a parsed document whose attributes lie in memory that they share with others, so that a
+// change copies them first.
+struct ParsedProperty {
+  ParsedProperty() {
+    EXPECT_EQ(
+        root.ParseCIMXML("<?xml version=\"1.0\" ?><CIM CIMVERSION=\"2.0\"><PROPERTY NAME=\"Speed\" "
+                         "TYPE=\"uint32\" CLASSORIGIN=\"CIM_Fan\"/></CIM>"),
+        0U);
+    node = root.next;
+    node->attributes->erase(2);
+  }
+  bool is_readable() const {
+    const char* const name = node->attr_find(zuCIM::attr::NAME);
+    const char* const type = node->attr_find(zuCIM::attr::TYPE);
+    return name != nullptr && type != nullptr && std::string(name) == "Speed" &&
+           std::string(type) == "uint32";
+  }
+
+  CIMelement root;
+  CIMelement* node;
+};
+
+TEST(CodecMemory, AttributesThatCannotBeChangedStayReadable) {
+  for (const Change& change : changes) {
+    SCOPED_TRACE(change.name);
+    int lost = 0;
+    const unsigned allocations = for_each_failing_allocation(
+        [&](AllocationFailure& failure) {
+          ParsedProperty property;
+          failure.arm();
+          const bool success = change.make(*property.node);
+          failure.disarm();
+          EXPECT_TRUE(success || failure.happened());
+          if (property.node->attributes->argv == nullptr) {
+            ++lost;
+            return;
+          }
+          EXPECT_TRUE(property.is_readable());
+          EXPECT_TRUE(change.make(*property.node));
+          EXPECT_TRUE(property.is_readable());
+        },
+        AllocationKind::c);
+    EXPECT_EQ(lost, change.may_lose_slots && malloc_can_fail ? 1 : 0);
+    if (malloc_can_fail) {
+      // The slots, two copies, and what the change itself needs.
+      EXPECT_GE(allocations, 4U);
+    }
+  }
+}
+
+TEST(CodecMemory, AttributesAreReplacedByWholeOnes) {
+  zuCIM::CIMarray names;
+  for (const char* const name : {"a", "b", "c"}) ASSERT_NE(names.putargv(name, -2, 15), nullptr);
+  for_each_failing_allocation(
+      [&](AllocationFailure& failure) {
+        ParsedProperty property;
+        zuCIM::CIMarray& attributes = *property.node->attributes;
+        failure.arm();
+        attributes = names;
+        failure.disarm();
+        EXPECT_EQ(attributes.argc < 3, failure.happened());
+        for (unsigned i = 0; i < attributes.argc; ++i)
+          EXPECT_STREQ(static_cast<char*>(attributes.argv[i]) + 1,
+                       static_cast<char*>(names.argv[i]) + 1);
+        attributes = names;
+        EXPECT_EQ(attributes.argc, 3U);
+      },
+      AllocationKind::c);
+}
+
 TEST(CodecMemory, TheGeneratorReportsThatTheTextCannotGrow) {
   TraceRecorder traces(zuCIM::trace_level::error);
   CIMelement root;
