@@ -2,9 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
-
-#include "support/failing_allocator.h"
 #include "support/http_answer.h"
 #include "support/trace_recorder.h"
 #include "support/transfer_time_limit.h"
@@ -226,36 +223,6 @@ TEST(Exchange, LimitsItsTimeLooselyInLibcurlToo) {
   EXPECT_EQ(limit.asked_for(), 90);
   EXPECT_EQ(client.exchange(), 0);
   EXPECT_EQ(limit.asked_for(), 240);
-}
-
-TEST(Exchange, SurvivesEveryShortageOfMemory) {
-  constexpr unsigned error_level = 0x40000000;
-  const ScriptedServer server(always_answer(http_answer(good_document)));
-  WireClient client(server);
-  std::set<int> statuses;
-  for_each_failing_allocation(
-      [&](AllocationFailure& failure) {
-        client.responseHeader = client.responseBody = std::string();
-        client.responseHeader.shrink_to_fit();
-        client.responseBody.shrink_to_fit();
-        const TraceRecorder traces(error_level);
-        failure.arm();
-        const int status = client.exchange();
-        failure.disarm();
-        statuses.insert(status);
-        EXPECT_TRUE(status == 0 || failure.happened());
-        if (status == 0) {
-          EXPECT_EQ(client.responseBody, good_document);
-          EXPECT_EQ(client.result.ParseCIMXML(good_document), 0U);
-        }
-        EXPECT_EQ(traces.count(error_level, source,
-                               "sendRequest_recvResponse: Exception raised: std::bad_alloc"),
-                  status == 1001 ? 1 : 0);
-        EXPECT_EQ(client.exchange(), 0);
-      },
-      AllocationKind::cpp);
-  // 23 is a data callback that could not take the data.
-  EXPECT_THAT(statuses, testing::IsSupersetOf({0, 23, 1001}));
 }
 
 TEST(Exchange, UsesTheExtraTimeUp) {
