@@ -8,6 +8,7 @@
 
 #include "CIMlistener/export_samples.h"
 #include "support/guard_page.h"
+#include "support/sample_messages.h"
 
 namespace {
 
@@ -96,18 +97,30 @@ TEST(ExportRequest, AnAbsurdMessageIdIsTheLargest) {
   EXPECT_EQ(message_id("<MESSAGE ID=\"1000000000000000000000000000000\""), 2147483647);
 }
 
-// Every prefix ends at a page that nobody may touch.
-TEST(ExportRequest, NothingBehindTheTextIsRead) {
-  const std::string request = export_request("1042");
-  const std::string body = export_request_body("1042");
+// Every prefix ends at a page that nobody may touch..
+void check_prefixes(const std::string& body) {
+  const std::string request = export_request_with(body);
+  const std::size_t body_at = request.size() - body.size();
   const std::size_t length_at = request.find(std::to_string(body.size()));
+  const int whole_id = message_id(body);
   for (std::size_t size = 0; size <= request.size(); ++size) {
     const GuardedBytes prefix(std::string_view(request).substr(0, size));
-    EXPECT_EQ(announced_length(prefix.view()) != 0, size > length_at);
-    const std::size_t body_at = request.size() - body.size();
-    EXPECT_EQ(start_of_body(prefix.view()).size(), size < body_at + 5 ? 0 : size - body_at);
-    EXPECT_GE(message_id(prefix.view()), 1);
+    ASSERT_EQ(announced_length(prefix.view()) != 0, size > length_at) << prefix.view();
+    ASSERT_EQ(start_of_body(prefix.view()).size(), size < body_at + 5 ? 0 : size - body_at);
+    const int id = message_id(prefix.view());
+    ASSERT_TRUE(id >= 1 && id <= whole_id) << prefix.view();
   }
+}
+
+TEST(ExportRequest, NothingBehindTheTextIsRead) {
+  check_prefixes(export_request_body("1042"));
+}
+
+// Any message may be what a sender posts.
+TEST(ExportRequest, NothingBehindASampleIsRead) {
+  const auto samples = sample_messages();
+  ASSERT_GE(samples.size(), 20U);
+  for (const std::string& sample : samples) check_prefixes(sample);
 }
 
 }  // namespace
