@@ -216,9 +216,19 @@ bool is_of_tls(CURLcode result) noexcept {
   return std::find(codes.begin(), codes.end(), result) != codes.end();
 }
 
+// TLS 1.3 lets a server refuse a client when its handshake is over. The code of that is one that
+// plain connections have as well, so that libcurl's words have to tell.
+bool is_of_tls(const CIMconnection& connection, const Transfer& transfer) noexcept {
+  if (is_of_tls(transfer.result)) return true;
+  if (transfer.result != CURLE_SEND_ERROR && transfer.result != CURLE_RECV_ERROR) return false;
+  const std::string_view detail(transfer.detail.data());
+  return connection.scheme == "https" && (detail.find("SSL") != std::string_view::npos ||
+                                          detail.find("TLS") != std::string_view::npos);
+}
+
 // Tells what a failed transfer was about, where its code does not say it all.
 void explain_transfer(const CIMconnection& connection, const Transfer& transfer) noexcept {
-  if (is_of_tls(transfer.result))
+  if (is_of_tls(connection, transfer))
     BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
               "[%s] TLS: %s (CA file '%s')", connection.host, transfer.detail.data(),
               connection.caFile);

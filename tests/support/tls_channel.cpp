@@ -101,6 +101,16 @@ bool is_suspended(const SSL* ssl, int result) {
   return SSL_get_error(ssl, result) == SSL_ERROR_WANT_X509_LOOKUP;
 }
 
+// Lets the peer read what OpenSSL told it: a socket that is closed with bytes of the peer unread is
+// reset, and a reset may overtake the alert.
+void end_and_wait(Descriptor socket, const WakeUp& stop) {
+  const std::unique_ptr<Channel> plain = make_plain_channel(std::move(socket), stop);
+  plain->end_sending();
+  std::string ignored;
+  while (plain->read(ignored) == Transfer::done) {
+  }
+}
+
 ContextPointer make_context(const TlsOptions& options) {
   ContextPointer context(SSL_CTX_new(TLS_server_method()));
   SSL_CTX* const raw = context.get();
@@ -137,7 +147,10 @@ std::unique_ptr<Channel> TlsContext::accept(Descriptor socket, const WakeUp& sto
     const short events = awaited_events(ssl.get(), result);
     if (is_suspended(ssl.get(), result) && settings_->handshake == Handshake::hung_midway)
       wait_for_descriptor(socket.number(), POLLRDHUP, stop);
-    if (events == 0) return nullptr;
+    if (events == 0) {
+      end_and_wait(std::move(socket), stop);
+      return nullptr;
+    }
     if (wait_for_descriptor(socket.number(), events, stop) == Transfer::stopped) return nullptr;
   }
   return std::make_unique<TlsChannel>(std::move(socket), std::move(ssl), stop);
