@@ -114,8 +114,9 @@ class ZUCIM_API CIMconnection {
   // The same for its header lines, answer_limit::largest_header unless changed.
   std::size_t largestHeader;
   // Set it to true, before the first exchange, to have the name in the server's certificate
-  // compared with `host`. It says nothing about who issued the certificate: that is what caFile is
-  // for.
+  // compared with `host`; a certificate without it ends the exchange with status 60. It says
+  // nothing about who issued the certificate: that is what caFile is for. Without caFile the name
+  // is compared as well, but anybody may have written it.
   bool verifyHost;
   // Set it, before the first exchange, to refuse servers that speak only older versions of TLS.
   OldestTls oldestTls;

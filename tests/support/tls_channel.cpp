@@ -111,6 +111,14 @@ void end_and_wait(Descriptor socket, const WakeUp& stop) {
   }
 }
 
+// Systems switch versions before 1.2, and the weak signatures that these need, off by default.
+void set_newest_version(SSL_CTX* context, int version) {
+  SSL_CTX_set_max_proto_version(context, version);
+  if (version == 0 || version >= TLS1_2_VERSION) return;
+  SSL_CTX_set_min_proto_version(context, 0);
+  SSL_CTX_set_security_level(context, 0);
+}
+
 ContextPointer make_context(const TlsOptions& options) {
   ContextPointer context(SSL_CTX_new(TLS_server_method()));
   SSL_CTX* const raw = context.get();
@@ -122,7 +130,7 @@ ContextPointer make_context(const TlsOptions& options) {
     throw std::runtime_error("no usable certificate in " + authority);
   if (options.handshake != Handshake::completed)
     SSL_CTX_set_cert_cb(raw, suspend_handshake, nullptr);
-  SSL_CTX_set_max_proto_version(raw, options.newest_version);
+  set_newest_version(raw, options.newest_version);
   SSL_CTX_set_verify(raw, verify_mode(options.client_certificate), nullptr);
   return context;
 }

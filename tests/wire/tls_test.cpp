@@ -1,6 +1,7 @@
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <openssl/tls1.h>
+#include <openssl/ssl.h>
 
 #include "support/certificates.h"
 #include "support/http_answer.h"
@@ -153,6 +154,44 @@ TEST(Https, RefusesOldVersionsOnDemand) {
   strict.oldestTls = OldestTls::version_1_3;
   EXPECT_EQ(strict.exchange(), 35);
   EXPECT_EQ(server.requests().size(), 1U);
+}
+
+void take_weak_signatures(TlsClient& client) {
+  const curl_ssl_ctx_callback take = [](CURL*, void* context, void*) {
+    SSL_CTX_set_security_level(static_cast<SSL_CTX*>(context), 0);
+    return CURLE_OK;
+  };
+  ASSERT_EQ(client.initCurlHandle(), 0);
+  curl_easy_setopt(client.curl, CURLOPT_SSL_CTX_FUNCTION, take);
+}
+
+// Many systems refuse such versions by themselves, for their weak signatures above all. That is
+// switched off here, so that it is the wish of the client that decides.
+TEST(Https, RefusesVersionsBeforeTheOldestOneThatItTakes) {
+  TlsOptions options = test_tls_options();
+  options.newest_version = TLS1_1_VERSION;
+  const TlsServer server("127.0.8.19", options);
+  TlsClient lenient(server);
+  take_weak_signatures(lenient);
+  EXPECT_EQ(lenient.exchange(), 0);
+  TlsClient strict(server);
+  strict.oldestTls = OldestTls::version_1_2;
+  take_weak_signatures(strict);
+  EXPECT_EQ(strict.exchange(), 35);
+  EXPECT_EQ(server.requests().size(), 1U);
+}
+
+// Anybody may have written the name, but it must be there.
+TEST(Https, ComparesTheNameInACertificateOfAnybodyOnDemand) {
+  const TlsServer server("127.0.0.16", test_tls_options());
+  TlsClient client(server);
+  client.verifyHost = true;
+  EXPECT_EQ(client.exchange(), 0);
+  const TlsServer other("127.0.8.20", test_tls_options());
+  TlsClient strict(other);
+  strict.verifyHost = true;
+  EXPECT_EQ(strict.exchange(), 60);
+  EXPECT_TRUE(other.requests().empty());
 }
 
 // A context whose TLS connection is open when the process ends: its handle has to go before the
