@@ -160,13 +160,13 @@ struct Transfer {
   explicit Transfer(CIMconnection& connection)
       : header{connection.responseHeader, connection.largestHeader},
         body{connection.responseBody, connection.largestBody},
-        credentials(is_verbose() ? wire_credentials(connection) : std::string()) {}
+        credentials(is_verbose() ? wire_credentials(connection) : SecretText()) {}
 
   Progress progress;
   LimitedText header;
   LimitedText body;
   // What must not show in libcurl's verbose output; empty when that is off, never when it is on.
-  std::string credentials;
+  SecretText credentials;
   // What libcurl has to say about a failure beyond its code.
   std::array<char, CURL_ERROR_SIZE> detail{};
   CURLcode result = CURLE_OK;

@@ -18,17 +18,17 @@ void trace_record(const CIMconnection& connection, int code, const char* text, c
   const std::string_view name = base_name(file != nullptr ? file : "");
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
             "[%s] SetCimStatus: %s@%d  ErrCode:%d %s", connection.host, name, line, code,
-            without_echo(shown, wire_credentials(connection)));
+            without_echo(shown, wire_credentials(connection).view()));
 }
 
 // Writes the last exchange. A server may send back what it was sent, credentials included.
 void trace_exchange(const CIMconnection& connection) {
-  const std::string credentials = wire_credentials(connection);
+  const SecretText credentials = wire_credentials(connection);
   BRQ_TRACE(BRQ_MODULE_INFO_zuCIM, trace_level::warning, trace_source,
             "[%s] ------ REQUEST:\n%s------ RESPONSE-HEADER:\n%s------ RESPONSE:\n%s",
             connection.host, connection.request,
-            without_echo(connection.responseHeader, credentials),
-            without_echo(connection.responseBody, credentials));
+            without_echo(connection.responseHeader, credentials.view()),
+            without_echo(connection.responseBody, credentials.view()));
 }
 
 }  // namespace

@@ -62,8 +62,9 @@ int write_verbose_output(CURL* /*handle*/, curl_infotype kind, char* data, std::
   const char* const mark = mark_of(kind);
   if (mark == nullptr) return 0;
   try {
-    const std::string_view secret =
-        credentials != nullptr ? *static_cast<const std::string*>(credentials) : std::string_view();
+    const std::string_view secret = credentials != nullptr
+                                        ? static_cast<const SecretText*>(credentials)->view()
+                                        : std::string_view();
     const std::string text = mark + without_echo(without_credentials({data, size}), secret);
     std::fwrite(text.data(), 1, text.size(), stderr);
   } catch (...) {
