@@ -2,8 +2,11 @@
 #include <gtest/gtest.h>
 #include <openssl/tls1.h>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <ostream>
+#include <string>
 
 #include "support/trace_recorder.h"
 #include "wire/tls_client.h"
@@ -80,16 +83,24 @@ const Refusal refusals[] = {
      trust},
 };
 
-class TlsTrace : public testing::TestWithParam<Refusal> {};
+class TlsTrace : public testing::TestWithParam<Refusal> {
+ protected:
+  // One for each, since the tests may run at the same time and all need port 5989.
+  static std::string address() {
+    const auto is_tested = [](const Refusal& refusal) { return refusal.name == GetParam().name; };
+    const auto* const found = std::ranges::find_if(refusals, is_tested);
+    return "127.0.45." + std::to_string(found - std::begin(refusals) + 1);
+  }
+};
 
 TEST_P(TlsTrace, TellsWhichCheckFailedAndWithWhichAuthorities) {
-  const TlsServer server("127.0.8.18", GetParam().server());
+  const TlsServer server(address().c_str(), GetParam().server());
   TlsClient client(server);
   GetParam().client(client);
   const TraceRecorder traces(4);
   EXPECT_EQ(client.exchange(), GetParam().status);
   EXPECT_THAT(traces.texts(),
-              Contains(AllOf(StartsWith("[127.0.8.18] TLS: "), HasSubstr(GetParam().detail),
+              Contains(AllOf(StartsWith("[" + address() + "] TLS: "), HasSubstr(GetParam().detail),
                              EndsWith(" (CA file '" + client.caFile + "')"))));
 }
 
