@@ -20,6 +20,7 @@ using testing::AllOf;
 using testing::Contains;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 struct Refusal {
@@ -106,6 +107,18 @@ TEST_P(TlsTrace, TellsWhichCheckFailedAndWithWhichAuthorities) {
 
 INSTANTIATE_TEST_SUITE_P(All, TlsTrace, testing::ValuesIn(refusals),
                          [](const auto& test) { return test.param.name; });
+
+// The same status as that of a refusal after the handshake.
+TEST(TlsTraceOf, ABrokenAnswerDoesNotBlameTls) {
+  const ScriptedServer server(
+      answer_with("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nno number\r\n"),
+      {.address = "127.0.45.100", .port = 5989, .tls = test_tls_options()});
+  TlsClient client(server);
+  trust(client);
+  const TraceRecorder traces(4);
+  EXPECT_EQ(client.exchange(), 56);
+  EXPECT_THAT(traces.texts(), Not(Contains(HasSubstr("TLS: "))));
+}
 
 }  // namespace
 }  // namespace zuCIM
