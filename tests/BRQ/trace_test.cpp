@@ -232,6 +232,26 @@ TEST_F(Trace, TheSinkMayBeReplacedWhileOthersTrace) {
   writer.join();
 }
 
+TEST_F(Trace, ShortOfMemoryItKeepsItsSink) {
+  const std::string long_text(100, 'x');
+  const unsigned allocations = for_each_failing_allocation([&](AllocationFailure& failure) {
+    unsigned old_lines = 0;
+    unsigned new_lines = 0;
+    BRQ::set_trace_sink([&old_lines](const TraceLine&) { ++old_lines; });
+    try {
+      failure.arm();
+      BRQ::set_trace_sink([&new_lines, long_text](const TraceLine&) { ++new_lines; });
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(failure.happened());
+    }
+    failure.disarm();
+    BRQ_TRACE(module_, 2, "s", "x");
+    EXPECT_EQ(old_lines, failure.happened() ? 1U : 0U);
+    EXPECT_EQ(new_lines, failure.happened() ? 0U : 1U);
+  });
+  EXPECT_GE(allocations, 2U);
+}
+
 TEST_F(Trace, ShortOfMemoryALineIsWholeOrMissing) {
   const std::string argument(2000, 'x');
   bool delivered_once = false;

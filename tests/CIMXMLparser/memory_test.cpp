@@ -113,6 +113,16 @@ TEST(CodecMemory, AFailedAttributeEndsTheParse) {
       1);
 }
 
+TEST_P(ParseWithoutMemory, LeaksNothingWhicheverAllocationFails) {
+  const TraceRecorder silent(0);
+  EXPECT_TRUE(leaves_nothing(100, [] {
+    for_each_failing_allocation([] {
+      CIMelement root;
+      root.ParseCIMXML(GetParam());
+    });
+  }));
+}
+
 // What changes the attributes of a node, and whether the array may lose its slots by that: it does
 // so when it cannot grow.
 struct Change {

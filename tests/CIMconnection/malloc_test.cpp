@@ -40,6 +40,19 @@ TEST_F(OutOfMemory, TheRegistryKeepsItsContextsWhenItCannotGrow) {
   EXPECT_EQ(getCIM(first + 17), 16);
 }
 
+TEST_F(OutOfMemory, TheRegistryLeaksNothing) {
+  const TraceRecorder silent(0);
+  const _THR_SERVER_ server{long_text, long_text, long_text, "5988", "", "", ""};
+  EXPECT_TRUE(leaves_nothing(100, [&] {
+    for_each_failing_allocation([&] {
+      makeContainer(&server, 0);
+      makeContainer(&server, 0);
+      clearContainers();
+    });
+  }));
+  EXPECT_EQ(getContainerSize(), 0);
+}
+
 TEST_F(OutOfMemory, AContextWithoutABlockIsNotFound) {
   const _THR_SERVER_ server = sample_server();
   const std::uint32_t first = makeContainer(&server, 0);

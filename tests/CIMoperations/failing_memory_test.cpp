@@ -101,6 +101,23 @@ TEST(FailingMemory, LeavesTheAnswerWhereItIs) {
   });
 }
 
+TEST(FailingMemory, LeavesTheInstanceWhereItIs) {
+  const std::string answer = "CIM\n IRETURNVALUE\n  INSTANCE CLASSNAME=A\n   PROPERTY [v]\n";
+  const unsigned count = for_each_failing_allocation([&](AllocationFailure& failure) {
+    CIMcontainer container;
+    container.setCurrentClass("A", "");
+    build_tree(container.result, answer);
+    failure.arm();
+    const std::intptr_t first = container.ExtractInstance(&container.result);
+    failure.disarm();
+    EXPECT_EQ(first == 0, failure.happened());
+    EXPECT_EQ(tree_text(&container.result), first == 0 ? answer : "CIM\n IRETURNVALUE\n");
+    EXPECT_EQ(container.classes.instances == nullptr, first == 0);
+    EXPECT_TRUE(first != 0 || container.ExtractInstance(&container.result) != 0);
+  });
+  EXPECT_GE(count, 1U);
+}
+
 TEST(FailingMemory, LeavesBothInstanceListsEmpty) {
   for_each_failing_allocation([](AllocationFailure& failure) {
     CIMcontainer container;
@@ -217,6 +234,22 @@ TEST(FailingMemory, LeavesNoPartOfAClassDefinition) {
     EXPECT_EQ(container.classes.methods, nullptr);
   });
   EXPECT_GE(count, 3U);
+}
+
+TEST(FailingMemory, ChoosesTheWholeNewClassOrNone) {
+  const unsigned count = for_each_failing_allocation([](AllocationFailure& failure) {
+    CIMcontainer container;
+    container.setCurrentClass("A", "");
+    failure.arm();
+    const CIMclass* const entry = container.setCurrentClass("B", "root/b");
+    failure.disarm();
+    EXPECT_EQ(entry == nullptr, failure.happened());
+    EXPECT_EQ(container.currentClass, entry);
+    EXPECT_NE(container.classes.findClassName("A", ""), nullptr);
+    EXPECT_EQ(container.classes.findClassName("B", "root/b"), entry);
+    EXPECT_NE(container.setCurrentClass("B", "root/b"), nullptr);
+  });
+  EXPECT_GE(count, 1U);
 }
 
 TEST(FailingMemory, LeavesNoCurrentClassWhenTheNewOneCannotBeMade) {
