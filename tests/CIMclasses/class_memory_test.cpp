@@ -30,7 +30,7 @@ TEST(MemoryShortage, AClassChainThatIsCopiedByConstructionIsSound) {
     EXPECT_STREQ(copy.next->className, "CIM_Disk");
     EXPECT_EQ(words_of(copy.instances), words_of(source.instances));
   });
-  EXPECT_GE(allocations, 6U);
+  EXPECT_GE(allocations, malloc_can_fail ? 6U : 1U);
 }
 
 TEST(MemoryShortage, EachNameOfAClassEntryIsCopiedOrNull) {
@@ -51,7 +51,7 @@ TEST(MemoryShortage, EachNameOfAClassEntryIsCopiedOrNull) {
         }
       },
       AllocationKind::c);
-  EXPECT_EQ(allocations, 2U);
+  EXPECT_EQ(allocations, malloc_can_fail ? 2U : 0U);
 }
 
 }  // namespace

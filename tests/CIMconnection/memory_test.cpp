@@ -136,7 +136,7 @@ TEST_F(OutOfMemory, AContextIsCopiedInSoundParts) {
     EXPECT_EQ(copy.host, long_text);
     EXPECT_NE(copy.classes.findClassName("CIM_Fan", long_text), nullptr);
   });
-  EXPECT_GE(allocations, 4U);
+  EXPECT_GE(allocations, malloc_can_fail ? 4U : 2U);
 }
 
 TEST_F(OutOfMemory, AContextIsAssignedInSoundParts) {
@@ -158,7 +158,7 @@ TEST_F(OutOfMemory, AContextIsAssignedInSoundParts) {
     EXPECT_EQ(copy.host, long_text);
     EXPECT_NE(copy.classes.findClassName("CIM_Fan", long_text), nullptr);
   });
-  EXPECT_GE(allocations, 4U);
+  EXPECT_GE(allocations, malloc_can_fail ? 4U : 2U);
 }
 
 TEST_F(OutOfMemory, AServerRecordIsTakenAsAWholeOrNotAtAll) {
