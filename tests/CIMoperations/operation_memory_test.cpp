@@ -222,6 +222,28 @@ TEST(OperationMemory, IsShortDuringAWholeExchange) {
   }
 }
 
+// The server and what it keeps of the requests end with each run.
+TEST(OperationMemory, LeaksNothing) {
+  const TraceRecorder silent(0);
+  const auto is_enumeration = [](const Operation& operation) {
+    return std::string(operation.name) == "EnumerateInstances";
+  };
+  const Operation& operation =
+      *std::find_if(std::begin(operations), std::end(operations), is_enumeration);
+  EXPECT_TRUE(leaves_nothing(10, [&] {
+    const ScriptedServer server(
+        Scripts{{{script::ReadRequest{}, script::Send{last_http_answer(operation.answer)}}}, true});
+    for_each_failing_allocation([&](AllocationFailure& failure) {
+      Arguments arguments;
+      ServerContext context(server.address(), server.port_text());
+      context.SetExtraTimeOut(-1);
+      failure.arm();
+      operation.run(context, arguments);
+      failure.disarm();
+    });
+  }));
+}
+
 // libcurl has made what it makes once in a process.
 TEST(OperationMemory, IsShortInTheLibraryOfC) {
   for (const Operation& operation : operations) {

@@ -176,6 +176,18 @@ TEST(AllocationFailure, LeavesTheArmingToABodyThatAsksForIt) {
   EXPECT_EQ(runs, 2U);
 }
 
+TEST(LeavesNothing, TellsASmallLeakFromNone) {
+  if (!malloc_can_fail) {
+    SUCCEED() << "the sanitizer brings its own heap";
+    return;
+  }
+  std::vector<void*> leaked;
+  leaked.reserve(10000);
+  EXPECT_FALSE(leaves_nothing(50, [&] { leaked.push_back(std::malloc(8)); }));
+  EXPECT_TRUE(leaves_nothing(50, [] { std::free(std::malloc(8)); }));
+  for (void* const block : leaked) std::free(block);
+}
+
 TEST(GuardedBytes, HoldsTheBytesRightBeforeTheForbiddenPage) {
   const std::string text(5000, 'x');
   for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, text.size()}) {
