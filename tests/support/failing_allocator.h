@@ -106,7 +106,7 @@ unsigned for_each_failing_allocation(const Body& body, AllocationKind kind = All
 template <class Body>
 bool leaves_nothing(unsigned runs, const Body& body) {
   constexpr int most_rounds = 20;
-  constexpr std::size_t less_than_a_block = 16;
+  constexpr std::size_t less_than_a_block = 2 * sizeof(void*);
   for (int round = 0; round < most_rounds; ++round) {
     const std::size_t before = mallinfo2().uordblks;
     for (unsigned i = 0; i < runs; ++i) body();

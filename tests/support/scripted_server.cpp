@@ -46,7 +46,7 @@ ScriptedServer::ScriptedServer(Scripts scripts, const ServerOptions& options)
 ScriptedServer::~ScriptedServer() {
   stop_.set();
   acceptor_.join();
-  for (std::thread& connection : connections_) connection.join();
+  for (Server& server : servers_) server.thread.join();
 }
 
 void ScriptedServer::accept_connections() {
@@ -55,10 +55,25 @@ void ScriptedServer::accept_connections() {
         ::accept4(listener_.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (socket.number() < 0) continue;
     const std::size_t connection = log_.begin();
-    connections_.emplace_back(
-        [this, connection](Descriptor own) { serve(std::move(own), connection); },
+    join_servers_that_are_done();
+    auto is_done = std::make_unique<std::atomic<bool>>(false);
+    std::thread thread(
+        [this, connection, done = is_done.get()](Descriptor own) {
+          serve(std::move(own), connection);
+          done->store(true);
+        },
         std::move(socket));
+    servers_.push_back({std::move(is_done), std::move(thread)});
   }
+}
+
+// A thread that nobody has joined keeps its stack, and there is not room for many in 32 bits.
+void ScriptedServer::join_servers_that_are_done() {
+  std::erase_if(servers_, [](Server& server) {
+    const bool is_done = server.is_done->load();
+    if (is_done) server.thread.join();
+    return is_done;
+  });
 }
 
 void ScriptedServer::serve(Descriptor socket, std::size_t connection) {

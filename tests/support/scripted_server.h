@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -75,7 +76,14 @@ class ScriptedServer {
   static constexpr std::chrono::milliseconds patience{20000};
 
  private:
+  // The thread that serves a connection, and whether it is done.
+  struct Server {
+    std::unique_ptr<std::atomic<bool>> is_done;
+    std::thread thread;
+  };
+
   void accept_connections();
+  void join_servers_that_are_done();
   void serve(Descriptor socket, std::size_t connection);
   Ending play(Descriptor socket, std::size_t connection);
   const script::Steps* script_of(std::size_t connection) const;
@@ -87,6 +95,6 @@ class ScriptedServer {
   std::uint16_t port_;
   WakeUp stop_;
   ConnectionLog log_;
-  std::vector<std::thread> connections_;
+  std::vector<Server> servers_;
   std::thread acceptor_;
 };
