@@ -57,10 +57,7 @@ std::vector<int> waits(const ListenerLimits& limits, std::chrono::milliseconds t
     clock.advance(time);
     return Outcome::at_most(request.size() - 1);
   });
-  faults.on(Call::poll, [&](const CallDetails& call) {
-    waits.push_back(call.argument);
-    return Outcome::as_usual();
-  });
+  faults.on(Call::poll, keeping_arguments(waits, Outcome::as_usual()));
   run.run();
   faults.on(Call::recv, in_turn({}));
   EXPECT_EQ(run.rest(), expected_answer);

@@ -26,10 +26,7 @@ constexpr const char* text_of_error = "mySelect: ERROR in 'select'";
 std::vector<int> waits_of(int descriptor, int seconds) {
   std::vector<int> waits;
   SocketFaults faults;
-  faults.on(Call::poll, [&waits](const CallDetails& call) {
-    waits.push_back(call.argument);
-    return Outcome::result(0);
-  });
+  faults.on(Call::poll, keeping_arguments(waits, Outcome::result(0)));
   EXPECT_EQ(CIMindication::mySelect(descriptor, seconds), 0);
   return waits;
 }

@@ -102,10 +102,7 @@ TEST(Reader, ASilentSenderIsDisconnectedAfterFiveSeconds) {
   const TraceRecorder recorder;
   SocketFaults faults;
   std::vector<int> waits;
-  faults.on(Call::poll, [&](const CallDetails& call) {
-    waits.push_back(call.argument);
-    return Outcome::result(0);
-  });
+  faults.on(Call::poll, keeping_arguments(waits, Outcome::result(0)));
   EXPECT_EQ(run.answer(), "");
   EXPECT_THAT(waits, ElementsAre(5000));
   EXPECT_THAT(recorder.lines(), IsEmpty());
@@ -163,10 +160,7 @@ TEST(Reader, ARequestThatTakesLongerThan120SecondsCountsAsOneThatClosed) {
     clock.advance(std::chrono::seconds(25));
     return Outcome::at_most(waits.size() > 1 ? 1 : 300);
   });
-  faults.on(Call::poll, [&](const CallDetails& call) {
-    waits.push_back(call.argument);
-    return Outcome::as_usual();
-  });
+  faults.on(Call::poll, keeping_arguments(waits, Outcome::as_usual()));
   run.run();
   EXPECT_THAT(waits, ElementsAre(5000, 30000, 30000, 30000, 20000));
   EXPECT_TRUE(is_only_line(recorder, trace_level::detail, 179, text_of_closed));
@@ -184,10 +178,7 @@ TEST(Reader, WhatIsLeftOfTheTimeIsRoundedUp) {
     clock.advance(std::chrono::milliseconds(119001));
     return Outcome::at_most(request.size() - 1);
   });
-  faults.on(Call::poll, [&](const CallDetails& call) {
-    waits.push_back(call.argument);
-    return Outcome::as_usual();
-  });
+  faults.on(Call::poll, keeping_arguments(waits, Outcome::as_usual()));
   run.run();
   EXPECT_THAT(waits, ElementsAre(5000, 1000));
   EXPECT_THAT(received.texts(), ElementsAre(body));

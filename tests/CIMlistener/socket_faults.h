@@ -58,6 +58,14 @@ inline Fault only_with(int argument, Fault fault) {
   };
 }
 
+// Keeps the argument of each call, and has it end so. `arguments` must outlive the fault.
+inline Fault keeping_arguments(std::vector<int>& arguments, Outcome outcome) {
+  return [&arguments, outcome](const CallDetails& call) {
+    arguments.push_back(call.argument);
+    return outcome;
+  };
+}
+
 // How many threads that this process started have not come to their end. Who sees one less also
 // sees all that the thread did.
 int living_threads();
